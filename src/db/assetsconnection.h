@@ -1,0 +1,29 @@
+#pragma once
+
+#include "db/dialect.h"
+#include "db/odbc/odbc.h"
+
+namespace db {
+
+// The program's one connection to the asset database and the dialect decided for it.
+class AssetsConnection {
+public:
+    // The connect sequence: close, build the connection string, open, decide the dialect.
+    // The dialect is left as it was when the connection cannot be opened.
+    void connect(const QString& password, const QString& userName, const QString& dataSourceName,
+                 const QString& databaseType);
+    void disconnect() noexcept { m_connection.close(); }
+    bool isOpen() const { return m_connection.isOpen(); }
+
+    odbc::Connection& connection() { return m_connection; }
+    DatabaseDialect dialect() const { return m_dialect; }
+    // The provider string set by the last connect sequence.
+    const QString& connectionString() const { return m_connectionString; }
+
+private:
+    odbc::Connection m_connection;
+    DatabaseDialect m_dialect = DatabaseDialect::Default;
+    QString m_connectionString;
+};
+
+} // namespace db

@@ -1,0 +1,133 @@
+#pragma once
+
+// A thin RAII layer over the ODBC C API. This folder is the only code that includes
+// the ODBC headers; callers see QString, QByteArray and plain C++ types.
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+namespace db::odbc {
+
+struct Diagnostic {
+    QString sqlState;
+    int nativeError = 0;
+    QString message;
+};
+
+// Every failing ODBC call raises this. what() is the driver's message text.
+class OdbcError : public std::runtime_error {
+public:
+    OdbcError(const QString& context, std::vector<Diagnostic> diagnostics);
+    const std::vector<Diagnostic>& diagnostics() const { return m_diagnostics; }
+    QString sqlState() const;
+    int nativeError() const;
+    QString message() const { return QString::fromUtf8(what()); }
+
+private:
+    std::vector<Diagnostic> m_diagnostics;
+};
+
+struct DataSource {
+    QString name;
+    QString driverDescription;
+};
+
+// User and system data sources known to the driver manager.
+std::vector<DataSource> DataSources();
+QString DriverDescriptionOf(const QString& dataSourceName);
+// The driver manager's version text ("03.52.0000" style).
+QString DriverManagerVersion();
+
+struct ColumnInfo {
+    QString name;
+    int sqlType = 0; // SQL_CHAR, SQL_INTEGER, ... as the driver reports it
+    quint64 size = 0;
+    int decimalDigits = 0;
+    bool nullable = true;
+
+    bool isNumeric() const;
+    bool isDateOrTime() const;
+    bool isBinary() const;
+};
+
+// One value per column; a null QByteArray is SQL NULL, an empty non-null one is ''.
+// Text comes as UTF-8, binary columns as their raw bytes.
+using Row = std::vector<QByteArray>;
+
+struct ConnectionState;
+
+class Connection {
+public:
+    Connection();
+    ~Connection();
+    Connection(Connection&&) noexcept;
+    Connection& operator=(Connection&&) noexcept;
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    // SQLDriverConnect without prompting; keeps the completed connection string.
+    void open(const QString& connectionString);
+    void close() noexcept;
+    bool isOpen() const;
+    QString completedConnectionString() const;
+    QString dbmsName() const;
+
+    // Autocommit is on after open(); begin() turns it off until commit or rollback.
+    void begin();
+    void commit();
+    void rollback();
+    bool inTransaction() const;
+
+    // Runs a statement text directly; returns the rows affected (-1 when unknown).
+    long long execute(const QString& sql);
+
+    // Names of the user's tables (type TABLE; no system tables).
+    QStringList tableNames() const;
+
+    std::shared_ptr<ConnectionState> state() const { return m_state; }
+
+private:
+    std::shared_ptr<ConnectionState> m_state;
+};
+
+class Statement {
+public:
+    explicit Statement(const Connection& connection);
+    ~Statement();
+    Statement(Statement&&) noexcept;
+    Statement& operator=(Statement&&) noexcept;
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+
+    void prepare(const QString& sql);
+    int parameterCount() const;
+    // Parameters are numbered from 1, as in ODBC. Bound values are copied.
+    void bindText(int index, const QString& value);
+    void bindNull(int index);
+    void execute();
+    void executeDirect(const QString& sql);
+    // At most this many rows are returned; 0 means no limit. Set before executing.
+    void setMaxRows(quint64 maxRows);
+
+    long long rowsAffected() const;
+    const std::vector<ColumnInfo>& columns() const;
+
+    // Rows fetched per SQLFetchScroll call; set before the first fetch.
+    void setBlockSize(int rows);
+    // Appends the next block of rows; false when the result has no more rows.
+    bool fetchBlock(std::vector<Row>& rows);
+    // Cancels a running statement from another thread.
+    void cancel() noexcept;
+    void close() noexcept;
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+} // namespace db::odbc

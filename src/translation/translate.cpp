@@ -1,0 +1,1 @@
+#include "translation/translate.h"
