@@ -1,1 +1,84 @@
-int main() { return 0; }
+#include "core/commandline.h"
+#include "core/ui/about.h"
+#include "core/ui/main.h"
+#include "core/ui/messages.h"
+#include "translation/translate.h"
+
+#include <QApplication>
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+namespace {
+
+// An exception that escapes an event handler is shown, and the program ends with a
+// failing status instead of crashing.
+class QuilletApplication : public QApplication {
+public:
+    using QApplication::QApplication;
+
+    bool notify(QObject* receiver, QEvent* event) override {
+        try {
+            return QApplication::notify(receiver, event);
+        } catch (const std::exception& error) {
+            showFatal(QString::fromLocal8Bit(error.what()));
+        } catch (...) {
+            showFatal(QStringLiteral("Unknown error"));
+        }
+        std::exit(EXIT_FAILURE);
+    }
+
+    static void showFatal(const QString& message) {
+        ui::ShowError(nullptr, translation::Translate(QStringLiteral("Error")), message);
+    }
+};
+
+QStringList argumentList(int argc, char** argv) {
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    return arguments;
+}
+
+// In an unattended run stderr carries the message boxes; the toolkit's own chatter
+// (such as notes about the session environment) stays out of it.
+void keepOnlyCriticalMessages(QtMsgType type, const QMessageLogContext& context,
+                              const QString& message) {
+    if (type == QtCriticalMsg || type == QtFatalMsg)
+        std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
+}
+
+// An unattended run needs no display: it never shows a window.
+void prepareUnattendedRun(const QString& rawCommandLine) {
+    core::CommandLineValues values;
+    core::ParseCommandLine(rawCommandLine, values);
+    if (!values.noGui)
+        return;
+    ui::SetUnattended(true);
+    if (qEnvironmentVariableIsEmpty("QUILLET_DEBUG"))
+        qInstallMessageHandler(keepOnlyCriticalMessages);
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const QString rawCommandLine = core::RawCommandLine(argumentList(argc, argv));
+    prepareUnattendedRun(rawCommandLine);
+    QuilletApplication application(argc, argv);
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillet"));
+    try {
+        ui::TfmMain fmMain(rawCommandLine);
+        ui::TAboutForm aboutForm(&fmMain);
+        fmMain.setAboutForm(&aboutForm);
+        if (!fmMain.noGui())
+            fmMain.show();
+        const int status = application.exec();
+        return ui::IsUnattended() && ui::ErrorWasShown() ? EXIT_FAILURE : status;
+    } catch (const std::exception& error) {
+        QuilletApplication::showFatal(QString::fromLocal8Bit(error.what()));
+    }
+    return EXIT_FAILURE;
+}

@@ -1,0 +1,227 @@
+// Unattended runs of the real program: command line in, log file, exit status,
+// stderr and the remembered connection out.
+
+#include "db/odbc/odbc.h"
+#include "support/testsupport.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+const QByteArray StartBanner = "....................  Program started  ....................";
+const QByteArray EndBanner = "                     Program terminated                     ";
+
+struct Run {
+    int exitCode = -1;
+    QByteArray log;
+    QByteArray standardError;
+    qint64 milliseconds = 0;
+};
+
+} // namespace
+
+class TestNoGui : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QString m_database;
+
+    QString path(const QString& name) const { return m_dir.filePath(name); }
+
+    void writeUserDsnFile() {
+        QFile file(path(QStringLiteral("odbc.ini")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QStringLiteral("[QuilletNoGui]\nDriver=SQLite3\nDatabase=%1\nStepAPI=1\n\n"
+                                  "[QuilletDown]\nDriver=PostgreSQL Unicode\n"
+                                  "Servername=127.0.0.1\nPort=1\nDatabase=quillet\n")
+                       .arg(m_database)
+                       .toUtf8());
+    }
+
+    Run run(const QStringList& arguments, const QString& logName = QStringLiteral("run.log")) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("ODBCINI"), path(QStringLiteral("odbc.ini")));
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), path(QStringLiteral("config")));
+        environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("en_US.UTF-8"));
+        environment.remove(QStringLiteral("DISPLAY"));
+        environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+        environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+        QFile::remove(path(logName));
+
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(m_dir.path());
+        QElapsedTimer timer;
+        timer.start();
+        process.start(QStringLiteral(QUILLET_BINARY), arguments);
+        process.closeWriteChannel();
+        if (!process.waitForFinished(60000))
+            process.kill();
+        Run result;
+        result.milliseconds = timer.elapsed();
+        result.exitCode =
+            process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+        result.standardError = process.readAllStandardError();
+        QFile log(path(logName));
+        if (log.open(QIODevice::ReadOnly))
+            result.log = log.readAll();
+        return result;
+    }
+
+    // The log's messages, each checked for its time stamp and its " \r\n" end.
+    static QList<QByteArray> messages(const QByteArray& log) {
+        static const QRegularExpression entry(
+            QStringLiteral(R"(^\d\d/\d\d/\d{4} \d\d:\d\d:\d\d > (.*) \r\n)"),
+            QRegularExpression::DotMatchesEverythingOption |
+                QRegularExpression::InvertedGreedinessOption);
+        QList<QByteArray> result;
+        QString rest = QString::fromUtf8(log);
+        while (!rest.isEmpty()) {
+            const QRegularExpressionMatch match = entry.match(rest);
+            if (!match.hasMatch()) {
+                result << QByteArray("<malformed: ") + rest.toUtf8() + '>';
+                break;
+            }
+            result << match.captured(1).toUtf8();
+            rest = rest.mid(match.capturedLength());
+        }
+        return result;
+    }
+
+    QString lastConnection(const QString& name) const {
+        QSettings store(path(QStringLiteral("config/Marrowby/Quillet.conf")),
+                        QSettings::IniFormat);
+        return store.value(QStringLiteral("LastConnection/") + name).toString();
+    }
+
+private Q_SLOTS:
+    void initTestCase() {
+        QVERIFY(m_dir.isValid());
+        m_database = path(QStringLiteral("assets.db"));
+        db::odbc::Connection connection;
+        connection.open(QStringLiteral("Driver=SQLite3;Database=") + m_database);
+        connection.execute(QStringLiteral(
+            "CREATE TABLE ASSETS (ID INTEGER PRIMARY KEY AUTOINCREMENT, ASSETTYPE VARCHAR(50))"));
+        for (int i = 0; i < 3; ++i)
+            connection.execute(QStringLiteral("INSERT INTO ASSETS (ASSETTYPE) VALUES ('PC')"));
+        writeUserDsnFile();
+    }
+
+    void queryRunsOnceAndIsRemembered() {
+        const QString log = path(QStringLiteral("run.log"));
+        const Run result = run({QStringLiteral("/NOGUI"), QStringLiteral("ODBC=QuilletNoGui"),
+                                QStringLiteral("USER=ann"), QStringLiteral("PWD=secret"),
+                                QStringLiteral("SQL=select * from ASSETS"),
+                                QStringLiteral("LOG=") + log});
+        QCOMPARE(result.standardError, QByteArray());
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(messages(result.log), (QList<QByteArray>{StartBanner, EndBanner}));
+        QCOMPARE(lastConnection(QStringLiteral("DSN")), QStringLiteral("QuilletNoGui"));
+        QCOMPARE(lastConnection(QStringLiteral("UserName")), QStringLiteral("ann"));
+        QCOMPARE(lastConnection(QStringLiteral("SQL")), QStringLiteral("select * from ASSETS"));
+        QCOMPARE(lastConnection(QStringLiteral("Password")), QString());
+        QFile settings(path(QStringLiteral("config/Marrowby/Quillet.conf")));
+        QVERIFY(settings.open(QIODevice::ReadOnly));
+        QVERIFY(!settings.readAll().contains("secret"));
+    }
+
+    void sqlFromAFile() {
+        QFile sql(path(QStringLiteral("query.sql")));
+        QVERIFY(sql.open(QIODevice::WriteOnly));
+        sql.write("select ID\nfrom ASSETS\n");
+        sql.close();
+        const Run result = run({QStringLiteral("/NOGUI"), QStringLiteral("ODBC=QuilletNoGui"),
+                                QStringLiteral("SQL=") + sql.fileName(),
+                                QStringLiteral("LOG=run.log")});
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(lastConnection(QStringLiteral("SQL")), QStringLiteral("select ID\r\nfrom ASSETS\r\n"));
+    }
+
+    void failures_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("expectedMessage");
+
+        QTest::newRow("no data source") << QStringList{"/NOGUI", "LOG=run.log"} << QByteArray();
+        QTest::newRow("unknown data source")
+            << QStringList{"/NOGUI", "ODBC=NoSuchDsn", "SQL=select 1", "LOG=run.log"}
+            << QByteArray("Data source name not found");
+        QTest::newRow("bad SQL")
+            << QStringList{"/NOGUI", "ODBC=QuilletNoGui", "SQL=selec * fro ASSETS", "LOG=run.log"}
+            << QByteArray("syntax error");
+        QTest::newRow("unknown table")
+            << QStringList{"/NOGUI", "ODBC=QuilletNoGui", "SQL=select * from NOPE", "LOG=run.log"}
+            << QByteArray("no such table");
+        QTest::newRow("unreachable server")
+            << QStringList{"/NOGUI", "ODBC=QuilletDown", "SQL=select 1", "LOG=run.log"}
+            << QByteArray("127.0.0.1");
+        QTest::newRow("asset type file")
+            << QStringList{"/NOGUI", "ODBC=QuilletNoGui", "TYPES=types.aty", "LOG=run.log"}
+            << QByteArray("Asset type import is not available in this version.");
+    }
+
+    void failures() {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, expectedMessage);
+        const Run result = run(arguments);
+        QVERIFY2(result.milliseconds < 20000, "an unattended failure must end within seconds");
+        const QList<QByteArray> logged = messages(result.log);
+        QCOMPARE(logged.first(), StartBanner);
+        QCOMPARE(logged.last(), EndBanner);
+        if (expectedMessage.isEmpty()) {
+            QCOMPARE(logged, (QList<QByteArray>{StartBanner, "no Data Source specified.", EndBanner}));
+            QCOMPARE(result.exitCode, 0);
+            QCOMPARE(result.standardError, QByteArray());
+            return;
+        }
+        QCOMPARE(logged.size(), 3);
+        QVERIFY2(logged[1].contains(expectedMessage), logged[1].constData());
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.standardError, "Error: " + logged[1] + '\n');
+    }
+
+    void unwritableLogIsAnError() {
+        const Run result = run({QStringLiteral("/NOGUI"),
+                                QStringLiteral("LOG=") + path(QStringLiteral("no/such/run.log"))},
+                               QStringLiteral("no/such/run.log"));
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY2(result.standardError.startsWith("Error: "), result.standardError.constData());
+        QVERIFY(result.standardError.contains("no/such/run.log"));
+    }
+
+    void overlongLogPathIsRefused() {
+        const Run result = run({QStringLiteral("/NOGUI"),
+                                QStringLiteral("LOG=") + path(QString(300, QLatin1Char('x')))});
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.standardError,
+                 QByteArray("Error: The log file path is longer than 255 characters.\n"));
+    }
+
+    void serverDatabase() {
+        bool ranOne = false;
+        for (const auto kind : {testsupport::Server::PostgreSql, testsupport::Server::MariaDb}) {
+            const testsupport::TestDatabase server = testsupport::ServerDsn(kind);
+            if (!server.isAvailable())
+                continue;
+            ranOne = true;
+            const Run result = run({QStringLiteral("/NOGUI"), QStringLiteral("ODBC=") + server.dsn,
+                                    QStringLiteral("USER=") + server.user,
+                                    QStringLiteral("PWD=") + server.password,
+                                    QStringLiteral("SQL=select 1 as ONE"),
+                                    QStringLiteral("LOG=run.log")});
+            QVERIFY2(result.exitCode == 0, result.standardError.constData());
+            QCOMPARE(messages(result.log), (QList<QByteArray>{StartBanner, EndBanner}));
+            QCOMPARE(lastConnection(QStringLiteral("DSN")), server.dsn);
+        }
+        if (!ranOne)
+            QSKIP("no database server is configured for the tests");
+    }
+};
+
+QTEST_GUILESS_MAIN(TestNoGui)
+#include "test_nogui.moc"
