@@ -24,11 +24,15 @@ class OdbcError : public std::runtime_error {
 public:
     OdbcError(const QString& context, std::vector<Diagnostic> diagnostics);
     const std::vector<Diagnostic>& diagnostics() const { return m_diagnostics; }
+    // The ODBC function that failed, e.g. "SQLExecDirect".
+    const QString& context() const { return m_context; }
+    // SQLSTATE and native error of the first diagnostic record.
     QString sqlState() const;
     int nativeError() const;
     QString message() const { return QString::fromUtf8(what()); }
 
 private:
+    QString m_context;
     std::vector<Diagnostic> m_diagnostics;
 };
 
@@ -72,6 +76,8 @@ public:
 
     // SQLDriverConnect without prompting; keeps the completed connection string.
     void open(const QString& connectionString);
+    // Gives up this object's share of the connection. Statements made from it keep the
+    // driver connection alive until they are destroyed; an open transaction is rolled back.
     void close() noexcept;
     bool isOpen() const;
     QString completedConnectionString() const;
@@ -117,12 +123,15 @@ public:
     long long rowsAffected() const;
     const std::vector<ColumnInfo>& columns() const;
 
-    // Rows fetched per SQLFetchScroll call; set before the first fetch.
+    // Rows fetched per call (50 unless set); set before the first fetch.
     void setBlockSize(int rows);
     // Appends the next block of rows; false when the result has no more rows.
+    // Columns are bound block-wise; a long or unknown-size column and the ones after it
+    // are read with SQLGetData, and then rows are fetched one at a time.
     bool fetchBlock(std::vector<Row>& rows);
     // Cancels a running statement from another thread.
     void cancel() noexcept;
+    // Closes the open result and frees its buffers; the statement can be executed again.
     void close() noexcept;
 
 private:
