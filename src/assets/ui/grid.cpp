@@ -1,0 +1,196 @@
+#include "assets/ui/grid.h"
+
+#include "assets/dataset.h"
+#include "assets/gridlayout.h"
+#include "assets/sorttext.h"
+#include "assets/ui/dbgridrange.h"
+#include "core/commands.h"
+#include "core/registry.h"
+#include "translation/translate.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QFrame>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <exception>
+
+namespace ui {
+
+namespace {
+
+constexpr int BevelHeight = 8;
+constexpr int ButtonPanelHeight = 33;
+constexpr int ButtonWidth = 128;
+constexpr int ButtonHeight = 25;
+constexpr int ButtonTop = 1;
+
+// Every status text the grid produces is kept here before it is sent, so that a later
+// release with nothing new to say sends it again. It lives as long as the program.
+QString& lastStatusText() {
+    static QString text;
+    return text;
+}
+
+QString layoutKey() {
+    return QString::fromLatin1(assets::GridLayoutKey);
+}
+
+} // namespace
+
+TGridForm::TGridForm(core::CommandTarget& mainWindow, const GridActions& actions, QWidget* parent)
+    : QWidget(parent), m_mainWindow(mainWindow) {
+    setObjectName(QStringLiteral("GridForm"));
+    setWindowTitle(translation::Translate(QStringLiteral("GridForm")));
+    resize(667, 453);
+
+    auto* formLayout = new QVBoxLayout(this);
+    formLayout->setContentsMargins(0, 0, 0, 0);
+    PanelGrid = new QWidget(this);
+    PanelGrid->setObjectName(QStringLiteral("PanelGrid"));
+    formLayout->addWidget(PanelGrid);
+
+    auto* panelLayout = new QVBoxLayout(PanelGrid);
+    panelLayout->setContentsMargins(0, 0, 0, 0);
+    panelLayout->setSpacing(0);
+
+    Bevel1 = new QFrame(PanelGrid);
+    Bevel1->setObjectName(QStringLiteral("Bevel1"));
+    Bevel1->setFrameShape(QFrame::HLine);
+    Bevel1->setFrameShadow(QFrame::Sunken);
+    Bevel1->setFixedHeight(BevelHeight);
+    panelLayout->addWidget(Bevel1);
+
+    pnButtons = new QWidget(PanelGrid);
+    pnButtons->setObjectName(QStringLiteral("pnButtons"));
+    pnButtons->setFixedHeight(ButtonPanelHeight);
+    panelLayout->addWidget(pnButtons);
+
+    const auto makeButton = [this](const char* name, int left, QAction* action) {
+        auto* button = new QToolButton(pnButtons);
+        button->setObjectName(QString::fromLatin1(name));
+        button->setAutoRaise(true);
+        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        button->setGeometry(left, ButtonTop, ButtonWidth, ButtonHeight);
+        // Caption, enabled state and hint follow the action.
+        if (action)
+            button->setDefaultAction(action);
+        else
+            button->setEnabled(false);
+        return button;
+    };
+    BtnAdd = makeButton("BtnAdd", 1, actions.ActionAddRow);
+    BtnDelete = makeButton("BtnDelete", 135, actions.ActionDelete);
+    SpeedButton1 = makeButton("SpeedButton1", 268, actions.ActionAddColumn);
+    BtnEdit = makeButton("BtnEdit", 402, actions.ViewEditForm);
+    BtnDetails = makeButton("BtnDetails", 535, actions.ViewDetails);
+
+    DBGrid = new TDBGridRange(PanelGrid);
+    DBGrid->setObjectName(QStringLiteral("DBGrid"));
+    panelLayout->addWidget(DBGrid, 1);
+
+    connect(DBGrid, &TDBGridRange::titleClicked, this, &TGridForm::DBGridTitleClick);
+    connect(DBGrid, &TDBGridRange::keyReleased, this, &TGridForm::DBGridKeyUp);
+    connect(DBGrid, &TDBGridRange::mouseReleased, this, &TGridForm::DBGridMouseUp);
+    connect(DBGrid, &TDBGridRange::dblClicked, this, &TGridForm::DBGridDblClick);
+}
+
+TGridForm::~TGridForm() = default;
+
+void TGridForm::SetModel(QAbstractItemModel* model) {
+    DBGrid->setModel(model);
+}
+
+void TGridForm::DBGridTitleClick(int column) {
+    assets::QueryDataSet* dataSet = DBGrid->DataSet();
+    if (!dataSet)
+        return;
+    DBGrid->ClearSelection();
+    const QString fieldName = DBGrid->ColumnFieldName(column);
+    dataSet->setSortText(assets::NextSortText(dataSet->sortText(), fieldName));
+    m_mainWindow.DispatchCommand(core::CMD_SYNC_EDITOR, 0);
+}
+
+void TGridForm::DBGridKeyUp() {
+    UpdateStatusText();
+}
+
+void TGridForm::DBGridMouseUp() {
+    UpdateStatusText();
+}
+
+void TGridForm::DBGridDblClick() {
+    m_mainWindow.DispatchCommand(core::CMD_OPEN_EDITOR, 0);
+}
+
+void TGridForm::UpdateStatusText() {
+    using translation::Translate;
+    if (const assets::QueryDataSet* dataSet = DBGrid->DataSet()) {
+        const int selected = DBGrid->SelectedRowCount();
+        if (selected > 0) {
+            lastStatusText() =
+                Translate(QStringLiteral("There are $RECORDCOUNT$ records selected"), 0,
+                          {{QStringLiteral("$RECORDCOUNT$"), QString::number(selected)}});
+        } else if (dataSet->isOpen()) {
+            lastStatusText() = Translate(
+                QStringLiteral("There are $RECORDCOUNT$ record(s) in the dataset"), 0,
+                {{QStringLiteral("$RECORDCOUNT$"), QString::number(dataSet->recordCount())}});
+        }
+    }
+    if (!lastStatusText().isEmpty())
+        m_mainWindow.DispatchCommand(core::CMD_STATUS_TEXT, lastStatusText());
+}
+
+void TGridForm::SaveLayout() {
+    try {
+        for (int column = 0; column < DBGrid->ColumnCount(); ++column) {
+            const QString value = assets::FormatColumnLayout(DBGrid->ColumnVisible(column),
+                                                             DBGrid->ColumnWidth(column));
+            if (!core::WriteRegistryString(layoutKey(), DBGrid->ColumnFieldName(column), value)) {
+                QApplication::beep();
+                return;
+            }
+        }
+    } catch (const std::exception&) {
+        QApplication::beep();
+    }
+}
+
+void TGridForm::LoadLayout() {
+    try {
+        for (int column = 0; column < DBGrid->ColumnCount(); ++column) {
+            QString buffer;
+            if (!core::ReadRegistryString(layoutKey(), DBGrid->ColumnFieldName(column), buffer,
+                                          assets::GridLayoutBufferLength, std::nullopt))
+                continue;
+            const assets::ColumnLayout layout = assets::ParseColumnLayout(buffer);
+            if (!layout.hasComma)
+                continue;
+            if (layout.visible)
+                DBGrid->SetColumnVisible(column, *layout.visible);
+            if (!layout.isValid()) {
+                QApplication::beep();
+                return;
+            }
+            if (layout.appliesWidth())
+                DBGrid->SetColumnWidth(column, *layout.width);
+        }
+    } catch (const std::exception&) {
+        QApplication::beep();
+    }
+}
+
+void TGridForm::SetColumnVisibility(int index, bool hidden) {
+    const int count = DBGrid->ColumnCount();
+    if (count == 0 || index >= count)
+        return;
+    if (index < 0) {
+        // No such column: a failure like any other of the layout.
+        QApplication::beep();
+        return;
+    }
+    DBGrid->SetColumnVisible(index, !hidden);
+}
+
+} // namespace ui

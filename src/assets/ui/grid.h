@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QWidget>
+
+class QAbstractItemModel;
+class QAction;
+class QFrame;
+class QToolButton;
+
+namespace core {
+class CommandTarget;
+}
+
+namespace ui {
+
+class TDBGridRange;
+
+// The main window's actions that the grid's buttons show. A missing action leaves its
+// button disabled.
+struct GridActions {
+    QAction* ActionAddRow = nullptr;
+    QAction* ActionDelete = nullptr;
+    QAction* ActionAddColumn = nullptr;
+    QAction* ViewEditForm = nullptr;
+    QAction* ViewDetails = nullptr;
+};
+
+// The results grid: the rows of the main query in a read-only range-selection grid under
+// a row of flat buttons bound to the main window's actions. A click on a column title
+// sorts the result, key and mouse releases report the number of rows (or of selected
+// rows) in the status bar, a double click opens the record editor, and each column's
+// visibility and width are kept in the settings store under its field name.
+//
+// It asks the main window for work only through numbered commands (core/commands.h).
+class TGridForm : public QWidget {
+    Q_OBJECT
+public:
+    TGridForm(core::CommandTarget& mainWindow, const GridActions& actions,
+              QWidget* parent = nullptr);
+    ~TGridForm() override;
+
+    // Shows the model's rows. Sorting and the record counts need a query result
+    // (assets::QueryDataSet); the form does not own the model.
+    void SetModel(QAbstractItemModel* model);
+    TDBGridRange* Grid() const { return DBGrid; }
+
+    // Each column's visibility and width, under "Preferences\GridLayout" by field name.
+    // A failure beeps and ends the pass.
+    void SaveLayout();
+    void LoadLayout();
+    // For the ID column, by its index in the result's fields.
+    void SetColumnVisibility(int index, bool hidden);
+
+    void DBGridTitleClick(int column);
+    void DBGridKeyUp();
+    void DBGridMouseUp();
+    void DBGridDblClick();
+
+private:
+    void UpdateStatusText();
+
+    core::CommandTarget& m_mainWindow;
+
+    QWidget* PanelGrid = nullptr;
+    QFrame* Bevel1 = nullptr;
+    QWidget* pnButtons = nullptr;
+    QToolButton* BtnAdd = nullptr;
+    QToolButton* BtnDelete = nullptr;
+    QToolButton* SpeedButton1 = nullptr;
+    QToolButton* BtnEdit = nullptr;
+    QToolButton* BtnDetails = nullptr;
+    TDBGridRange* DBGrid = nullptr;
+};
+
+} // namespace ui
