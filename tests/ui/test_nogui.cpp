@@ -143,6 +143,66 @@ private Q_SLOTS:
         QCOMPARE(lastConnection(QStringLiteral("SQL")), QStringLiteral("select ID\r\nfrom ASSETS\r\n"));
     }
 
+    void createsTheSchemaThenVerifiesIt() {
+        const QString dsnDatabase = path(QStringLiteral("schema.db"));
+        QFile::remove(dsnDatabase);
+        QFile ini(path(QStringLiteral("odbc.ini")));
+        QVERIFY(ini.open(QIODevice::Append));
+        ini.write(QStringLiteral("\n[QuilletSchema]\nDriver=SQLite3\nDatabase=%1\n")
+                      .arg(dsnDatabase)
+                      .toUtf8());
+        ini.close();
+        const QStringList arguments{QStringLiteral("/NOGUI"), QStringLiteral("ODBC=QuilletSchema"),
+                                    QStringLiteral("CREATE=" QUILLET_SOURCE_DIR "/data/table.def"),
+                                    QStringLiteral("LOG=run.log")};
+        const Run created = run(arguments);
+        QCOMPARE(created.exitCode, 0);
+        const QList<QByteArray> creation = messages(created.log);
+        for (const char* table : {"ASSETS", "ASSETTYPES", "NODES"})
+            QVERIFY(creation.contains(QByteArray("......table ") + table +
+                                      " successfully created."));
+        const Run verified = run(arguments);
+        QCOMPARE(verified.exitCode, 0);
+        const QList<QByteArray> verification = messages(verified.log);
+        QVERIFY(!verification.contains("...Query:"));
+        QVERIFY(verification.contains("......table NODES verification successfully finished."));
+    }
+
+    void unreadableTableDefinitionIsReported() {
+        const Run result = run({QStringLiteral("/NOGUI"), QStringLiteral("ODBC=QuilletNoGui"),
+                                QStringLiteral("CREATE=") + m_dir.path(),
+                                QStringLiteral("LOG=run.log")});
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY2(result.standardError.startsWith("Table Creation Error: "),
+                 result.standardError.constData());
+        QCOMPARE(messages(result.log).last(), EndBanner);
+    }
+
+    void logFileFromPreferencesUnlessGivenOnTheCommandLine() {
+        const QString preferred = path(QStringLiteral("preferred.log"));
+        QFile::remove(preferred);
+        {
+            QSettings store(path(QStringLiteral("config/Marrowby/Quillet.conf")),
+                            QSettings::IniFormat);
+            store.setValue(QStringLiteral("Preferences/KeepLog"), QStringLiteral("Yes"));
+            store.setValue(QStringLiteral("Preferences/LogFile"), preferred);
+        }
+        const Run fromPreferences = run({QStringLiteral("/NOGUI")}, QStringLiteral("preferred.log"));
+        QCOMPARE(fromPreferences.exitCode, 0);
+        QCOMPARE(messages(fromPreferences.log),
+                 (QList<QByteArray>{StartBanner, "no Data Source specified.", EndBanner}));
+
+        QVERIFY(QFile::remove(preferred));
+        const Run commandLineWins = run({QStringLiteral("/NOGUI"), QStringLiteral("LOG=run.log")});
+        QCOMPARE(messages(commandLineWins.log).size(), 3);
+        QFile log(preferred);
+        QVERIFY(!log.exists());
+
+        QSettings store(path(QStringLiteral("config/Marrowby/Quillet.conf")),
+                        QSettings::IniFormat);
+        store.remove(QStringLiteral("Preferences"));
+    }
+
     void failures_data() {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QByteArray>("expectedMessage");

@@ -1,19 +1,26 @@
 #include "core/ui/main.h"
 
-#include "assets/resultmodel.h"
+#include "assets/resulttablemodel.h"
+#include "assets/ui/dbgridrange.h"
+#include "assets/ui/grid.h"
 #include "core/commandline.h"
 #include "core/log.h"
 #include "core/registry.h"
 #include "core/ui/about.h"
 #include "core/ui/messages.h"
-#include "db/query.h"
+#include "core/ui/preferences.h"
+#include "db/parameters.h"
+#include "db/sqlanalysis.h"
 #include "db/ui/details.h"
+#include "db/ui/help.h"
+#include "db/ui/sqlwizardclient.h"
+#include "schema/schemacreation.h"
 #include "translation/translate.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
-#include <QHeaderView>
+#include <QInputDialog>
 #include <QLabel>
 #include <QMenuBar>
 #include <QScreen>
@@ -85,40 +92,86 @@ TfmMain::TfmMain(const QString& rawCommandLine, QWidget* parent) : QMainWindow(p
     StatusBar->setObjectName(QStringLiteral("StatusBar"));
     statusBar()->addWidget(StatusBar, 1);
 
+    ViewQuery = new assets::ResultTableModel(this);
+    ViewQuery->setObjectName(QStringLiteral("ViewQuery"));
+    connect(ViewQuery, &assets::ResultTableModel::fetchFinished, this, &TfmMain::showRecordCount);
+    connect(ViewQuery, &assets::ResultTableModel::fetchFailed, this, &TfmMain::reportError);
+
+    m_parameterPrompt = [this](const QString& name) -> std::optional<QString> {
+        bool ok = false;
+        const QString value = QInputDialog::getText(
+            this, Translate(QStringLiteral("Enter parameter for:")), name, QLineEdit::Normal,
+            QString(), &ok);
+        return ok ? std::optional<QString>(value) : std::nullopt;
+    };
+
     createActions();
     FormCreate(rawCommandLine);
 }
 
-TfmMain::~TfmMain() { logQuietly(QLatin1String(EndBanner)); }
+TfmMain::~TfmMain() {
+    ViewQuery->close();
+    logQuietly(QLatin1String(EndBanner));
+}
+
+QAction* TfmMain::createAction(const char* name, const QString& caption, const QString& hint) {
+    auto* action = new QAction(Translate(caption), this);
+    action->setObjectName(QLatin1String(name));
+    if (!hint.isEmpty()) {
+        action->setStatusTip(Translate(hint));
+        action->setToolTip(action->statusTip());
+    }
+    return action;
+}
 
 void TfmMain::createActions() {
-    ExitAction = new QAction(Translate(QStringLiteral("E&xit")), this);
-    ExitAction->setObjectName(QStringLiteral("ExitAction"));
+    ExitAction = createAction("ExitAction", QStringLiteral("E&xit"));
     connect(ExitAction, &QAction::triggered, this, &TfmMain::ExitActionExecute);
 
-    ActionExecute = new QAction(Translate(QStringLiteral("E&xecute SQL")), this);
-    ActionExecute->setObjectName(QStringLiteral("ActionExecute"));
-    ActionExecute->setStatusTip(Translate(QStringLiteral("Execute Query")));
-    ActionExecute->setToolTip(ActionExecute->statusTip());
+    ActionExecute = createAction("ActionExecute", QStringLiteral("E&xecute SQL"),
+                                 QStringLiteral("Execute Query"));
     ActionExecute->setShortcut(Qt::Key_F5);
     connect(ActionExecute, &QAction::triggered, this, &TfmMain::ActionExecuteExecute);
 
-    ViewDetails = new QAction(Translate(QStringLiteral("&Details")), this);
-    ViewDetails->setObjectName(QStringLiteral("ViewDetails"));
-    ViewDetails->setStatusTip(Translate(QStringLiteral("Details of current Connection & Query")));
+    ViewEditForm = createAction("ViewEditForm", QStringLiteral("&Edit"),
+                                QStringLiteral("Edit Assets"));
+    ViewDetails = createAction("ViewDetails", QStringLiteral("&Details"),
+                               QStringLiteral("Details of current Connection & Query"));
     connect(ViewDetails, &QAction::triggered, this, &TfmMain::ViewDetailsExecute);
 
-    ActionAbout = new QAction(Translate(QStringLiteral("&About...")), this);
-    ActionAbout->setObjectName(QStringLiteral("ActionAbout"));
+    // The grid's buttons show these; they get their work with the record editor,
+    // removal and the add-column wizard.
+    ActionAddRow = createAction("ActionAddRow", QStringLiteral("&Add..."),
+                                QStringLiteral("insert new ASSET record"));
+    ActionDelete = createAction("ActionDelete", QStringLiteral("&Remove..."),
+                                QStringLiteral("Delete selected records"));
+    ActionAddColumn = createAction("ActionAddColumn", QStringLiteral("Add &Column..."),
+                                   QStringLiteral("Add a new column into ASSETS table"));
+
+    ActionSQLWizard = createAction("ActionSQLWizard", QStringLiteral("S&QLWizard"));
+    connect(ActionSQLWizard, &QAction::triggered, this, &TfmMain::ActionSQLWizardExecute);
+    ActionHelpContents = createAction("ActionHelpContents", QStringLiteral("&Contents"));
+    ActionHelpContents->setShortcut(QKeySequence::HelpContents);
+    connect(ActionHelpContents, &QAction::triggered, this, &TfmMain::ActionHelpContentsExecute);
+
+    ActionPref = createAction("ActionPref", QStringLiteral("&Preferences"));
+    connect(ActionPref, &QAction::triggered, this, &TfmMain::ActionPrefExecute);
+    ActionAbout = createAction("ActionAbout", QStringLiteral("&About..."));
     connect(ActionAbout, &QAction::triggered, this, &TfmMain::ActionAboutExecute);
 
     QMenu* file = menuBar()->addMenu(Translate(QStringLiteral("&File")));
+    file->addAction(ActionPref);
+    file->addSeparator();
     file->addAction(ExitAction);
-    QMenu* query = menuBar()->addMenu(Translate(QStringLiteral("&Query")));
+    // Alt+Q belongs to the details panel's wizard button.
+    QMenu* query = menuBar()->addMenu(Translate(QStringLiteral("Q&uery")));
     query->addAction(ActionExecute);
+    query->addAction(ActionSQLWizard);
     QMenu* view = menuBar()->addMenu(Translate(QStringLiteral("&View")));
     view->addAction(ViewDetails);
     QMenu* help = menuBar()->addMenu(Translate(QStringLiteral("&Help")));
+    help->addAction(ActionHelpContents);
+    help->addSeparator();
     help->addAction(ActionAbout);
     updateActions();
 }
@@ -134,6 +187,7 @@ void TfmMain::FormCreate(const QString& rawCommandLine) {
 }
 
 void TfmMain::runStartupSteps(const QString& rawCommandLine) {
+    loadPreferences();
     StartupOptions options;
     applyCommandLine(rawCommandLine, options);
     core::LogLine(StartBanner);
@@ -143,12 +197,16 @@ void TfmMain::runStartupSteps(const QString& rawCommandLine) {
         createGridPanel();
     if (!m_dataSourceName.isEmpty()) {
         connectDatabase();
+        if (options.create)
+            processTableDefinition(options.tableDefinitionPath);
         importAssetTypes(options);
     } else {
         core::LogLine("no Data Source specified.");
     }
     RunQuery();
 }
+
+void TfmMain::loadPreferences() { core::LoadPreferences(m_preferences); }
 
 void TfmMain::applyCommandLine(const QString& rawCommandLine, StartupOptions& options) {
     core::CommandLineValues values;
@@ -181,21 +239,32 @@ void TfmMain::createGridPanel() {
     pnGrid->setObjectName(QStringLiteral("pnGrid"));
     auto* layout = new QVBoxLayout(pnGrid);
     layout->setContentsMargins(0, 0, 0, 0);
-    m_resultModel = new assets::QueryResultModel(this);
-    m_resultView = new QTableView(pnGrid);
-    m_resultView->setObjectName(QStringLiteral("DBGrid"));
-    m_resultView->setModel(m_resultModel);
-    m_resultView->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_resultView->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_resultView->verticalHeader()->setDefaultSectionSize(
-        m_resultView->fontMetrics().height() + 4);
-    layout->addWidget(m_resultView);
+    GridActions actions;
+    actions.ActionAddRow = ActionAddRow;
+    actions.ActionDelete = ActionDelete;
+    actions.ActionAddColumn = ActionAddColumn;
+    actions.ViewEditForm = ViewEditForm;
+    actions.ViewDetails = ViewDetails;
+    m_grid = new TGridForm(*this, actions, pnGrid);
+    m_grid->SetModel(ViewQuery);
+    layout->addWidget(m_grid);
     Grid_Edit->layout()->addWidget(pnGrid);
 }
 
 void TfmMain::connectDatabase() {
     HourglassCursor hourglass;
     ASSETS.connect(m_password, m_userName, m_dataSourceName, m_databaseType);
+}
+
+void TfmMain::processTableDefinition(const QString& path) {
+    HourglassCursor hourglass;
+    try {
+        schema::ProcessTableDefinitionFile(ASSETS.connection(), ASSETS.dialect(), path);
+    } catch (const std::exception& error) {
+        const QString message = QString::fromLocal8Bit(error.what());
+        logQuietly(message);
+        ShowError(this, Translate(QStringLiteral("Table Creation Error")), message);
+    }
 }
 
 void TfmMain::importAssetTypes(const StartupOptions& options) {
@@ -207,6 +276,9 @@ void TfmMain::importAssetTypes(const StartupOptions& options) {
 }
 
 void TfmMain::RunQuery() {
+    m_editableAssets = false;
+    if (queryIsOpen() && m_grid)
+        m_grid->SaveLayout();
     const QString oldDataSource = m_dataSourceName;
     const QString oldUser = m_userName;
     const QString oldPassword = m_password;
@@ -221,25 +293,175 @@ void TfmMain::RunQuery() {
         if (m_dataSourceName != oldDataSource || m_userName != oldUser ||
             m_password != oldPassword || !ASSETS.isOpen())
             ASSETS.connect(m_password, m_userName, m_dataSourceName, m_databaseType);
-        openQuery();
+        runAnalysedQuery();
+    } catch (const std::exception& error) {
+        closeQuery();
+        m_editableAssets = false;
+        reportError(QString::fromLocal8Bit(error.what()));
+    }
+    updateActions();
+}
+
+void TfmMain::runAnalysedQuery() {
+    closeQuery();
+    const db::AssetsQueryAnalysis analysis =
+        db::AnalyseAssetsQuery(m_sqlText, m_preferences.appendId);
+    m_editableAssets = analysis.editableAssets;
+    executeQuery(prepareQuery(analysis.sqlText));
+    if (m_grid)
+        m_grid->LoadLayout();
+    applyIdColumnVisibility();
+    showRecordCount();
+    rememberConnection();
+}
+
+// Asks for each parameter in order. A cancelled one stays unset, and so does every one
+// of an unattended run: the driver then reports the missing value.
+TfmMain::ExecutedQuery TfmMain::prepareQuery(const QString& sqlText) {
+    const db::DriverStatement statement = db::ToDriverStatement(sqlText);
+    ExecutedQuery query{statement.text, {}};
+    query.parameterValues.resize(static_cast<size_t>(statement.parameterNames.size()));
+    if (m_noGui)
+        return query;
+    for (qsizetype i = 0; i < statement.parameterNames.size(); ++i)
+        query.parameterValues[static_cast<size_t>(i)] =
+            m_parameterPrompt(statement.parameterNames[i]);
+    return query;
+}
+
+void TfmMain::executeQuery(const ExecutedQuery& query) {
+    const QString sortText = ViewQuery->sortText();
+    db::odbc::Statement statement(ASSETS.connection());
+    statement.prepare(query.driverText);
+    for (size_t i = 0; i < query.parameterValues.size(); ++i)
+        if (query.parameterValues[i])
+            statement.bindText(static_cast<int>(i) + 1, *query.parameterValues[i]);
+    statement.execute();
+    if (statement.columns().empty())
+        throw std::runtime_error(
+            Translate(QStringLiteral("The statement does not return a result set.")).toStdString());
+    ViewQuery->open(std::move(statement));
+    m_executed = query;
+    if (!sortText.isEmpty())
+        ViewQuery->setSortText(sortText);
+}
+
+void TfmMain::closeQuery() { ViewQuery->close(); }
+
+bool TfmMain::queryIsOpen() const { return ViewQuery->isOpen(); }
+
+void TfmMain::applyIdColumnVisibility() {
+    if (!m_editableAssets || !m_grid)
+        return;
+    const int idIndex = ViewQuery->fieldIndex(QStringLiteral("ID"));
+    if (idIndex >= 0)
+        m_grid->SetColumnVisibility(idIndex, m_preferences.hideId);
+}
+
+void TfmMain::showRecordCount() {
+    if (!queryIsOpen())
+        return;
+    SetStatusText(Translate(QStringLiteral("There are $RECORDCOUNT$ record(s) in the dataset"), 0,
+                            {{QStringLiteral("$RECORDCOUNT$"),
+                              QString::number(ViewQuery->recordCount())}}));
+}
+
+void TfmMain::rememberConnection() {
+    const QString key = QLatin1String(core::LastConnectionKey);
+    core::WriteRegistryString(key, QStringLiteral("DSN"), m_dataSourceName);
+    core::WriteRegistryString(key, QStringLiteral("UserName"), m_userName);
+    core::WriteRegistryString(key, QStringLiteral("SQL"), m_sqlText);
+}
+
+void TfmMain::commitOpenTransaction() {
+    if (ASSETS.isOpen() && ASSETS.connection().inTransaction())
+        ASSETS.connection().commit();
+}
+
+int TfmMain::currentRow() const {
+    return m_grid ? m_grid->Grid()->currentIndex().row() : -1;
+}
+
+void TfmMain::locateRow(int row) {
+    if (!m_grid || row < 0 || row >= ViewQuery->rowCount())
+        return;
+    const int column = qMax(0, m_grid->Grid()->currentIndex().column());
+    m_grid->Grid()->setCurrentIndex(ViewQuery->index(row, column));
+}
+
+void TfmMain::RefreshQuery() {
+    HourglassCursor hourglass;
+    try {
+        // The record to come back to and the order it was seen in, taken before the
+        // query is run again.
+        const int row = currentRow();
+        const int idIndex = ViewQuery->fieldIndex(QStringLiteral("ID"));
+        const QByteArray id = row >= 0 && idIndex >= 0 && !ViewQuery->isNull(row, idIndex)
+                                  ? ViewQuery->value(row, idIndex).toByteArray()
+                                  : QByteArray();
+        const QString sortText = ViewQuery->sortText();
+        if (queryIsOpen()) {
+            closeQuery();
+            commitOpenTransaction();
+            executeQuery(m_executed);
+            commitOpenTransaction();
+        }
+        RunQuery();
+        commitOpenTransaction();
+        if (!queryIsOpen())
+            return;
+        // Rows are always read afresh here, so a small result refreshed in place and a
+        // large one run again end alike: back on the same record, found by its ID (by its
+        // position when the result has no ID).
+        executeQuery(m_executed);
+        ViewQuery->setSortText(sortText);
+        ViewQuery->waitForAllRows();
+        locateRow(id.isNull() ? row : rowWithId(idIndex, id));
     } catch (const std::exception& error) {
         reportError(QString::fromLocal8Bit(error.what()));
     }
 }
 
-void TfmMain::openQuery() {
-    if (m_resultModel)
-        m_resultModel->clear();
-    db::QueryResult result = db::OpenQuery(ASSETS.connection(), m_sqlText);
-    const qsizetype recordCount = static_cast<qsizetype>(result.rows.size());
-    if (m_resultModel)
-        m_resultModel->setResult(std::move(result));
-    SetStatusText(Translate(QStringLiteral("There are $RECORDCOUNT$ record(s) in the dataset"), 0,
-                            {{QStringLiteral("$RECORDCOUNT$"), QString::number(recordCount)}}));
-    const QString key = QLatin1String(core::LastConnectionKey);
-    core::WriteRegistryString(key, QStringLiteral("DSN"), m_dataSourceName);
-    core::WriteRegistryString(key, QStringLiteral("UserName"), m_userName);
-    core::WriteRegistryString(key, QStringLiteral("SQL"), m_sqlText);
+int TfmMain::rowWithId(int idIndex, const QByteArray& id) const {
+    for (int row = 0; row < ViewQuery->rowCount(); ++row)
+        if (!ViewQuery->isNull(row, idIndex) && ViewQuery->value(row, idIndex) == id)
+            return row;
+    return -1;
+}
+
+qint64 TfmMain::DispatchCommand(int command, const QVariant& argument) {
+    switch (command) {
+    case core::CMD_STATUS_TEXT:
+        SetStatusText(argument.toString());
+        return 0;
+    case core::CMD_REQUERY:
+        if (!queryIsOpen())
+            return 0;
+        try {
+            commitOpenTransaction();
+            if (argument.toInt() == 1 || argument.toInt() == 2)
+                executeQuery(m_executed);
+            else
+                RefreshQuery();
+            applyIdColumnVisibility();
+        } catch (const std::exception& error) {
+            reportError(QString::fromLocal8Bit(error.what()));
+        }
+        return 0;
+    case core::CMD_EXECUTE_SQL:
+        try {
+            return ASSETS.connection().execute(argument.toString());
+        } catch (const std::exception& error) {
+            logQuietly(QString::fromLocal8Bit(error.what()));
+            return -1;
+        }
+    case core::CMD_SYNC_EDITOR:
+    case core::CMD_OPEN_EDITOR:
+        // The record editor is not part of this version: nothing follows the current row.
+        return 0;
+    default:
+        return -1;
+    }
 }
 
 void TfmMain::showDetailsFromLastConnection() {
@@ -278,13 +500,23 @@ void TfmMain::updateActions() {
     const bool detailsShown = m_details && m_details->isVisible();
     ViewDetails->setText(Translate(detailsShown ? QStringLiteral("Hide &Details")
                                                 : QStringLiteral("&Details")));
+    ViewEditForm->setText(Translate(QStringLiteral("&Edit")));
+    // No record editor in this version; the button waits for it.
+    ViewEditForm->setEnabled(false);
+    ActionAddRow->setEnabled(false);
+    ActionDelete->setEnabled(false);
+    ActionAddColumn->setEnabled(false);
 }
 
 QString TfmMain::statusText() const { return StatusBar->text(); }
 
 void TfmMain::SetStatusText(const QString& text) { StatusBar->setText(text); }
 
-void TfmMain::closeEvent(QCloseEvent* event) { event->accept(); }
+void TfmMain::closeEvent(QCloseEvent* event) {
+    if (queryIsOpen() && m_grid)
+        m_grid->SaveLayout();
+    event->accept();
+}
 
 void TfmMain::ExitActionExecute() { close(); }
 
@@ -296,6 +528,18 @@ void TfmMain::ViewDetailsExecute() {
     else
         m_details->setVisible(!m_details->isVisible());
     updateActions();
+}
+
+void TfmMain::ActionSQLWizardExecute() {
+    ShowSqlWizard(this, m_dataSourceName, m_userName, m_password);
+}
+
+void TfmMain::ActionHelpContentsExecute() { ShowHelpContents(this); }
+
+void TfmMain::ActionPrefExecute() {
+    TPreferences dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+        loadPreferences();
 }
 
 void TfmMain::setAboutForm(TAboutForm* aboutForm) { m_aboutForm = aboutForm; }

@@ -1,25 +1,31 @@
 #pragma once
 
+#include "core/commands.h"
+#include "core/preferences.h"
 #include "db/assetsconnection.h"
 
 #include <QMainWindow>
 
+#include <functional>
+#include <optional>
+
 class QAction;
 class QLabel;
-class QTableView;
 
 namespace assets {
-class QueryResultModel;
+class ResultTableModel;
 }
 
 namespace ui {
 
 class TAboutForm;
 class TDetailsForm;
+class TGridForm;
 
 // The main window. Its creation runs the whole start-up: preferences, command line,
 // log banner, connection, schema creation, asset-type import and the first query.
-class TfmMain : public QMainWindow {
+// Child windows reach it through numbered commands (core::CommandTarget).
+class TfmMain : public QMainWindow, public core::CommandTarget {
     Q_OBJECT
 public:
     explicit TfmMain(const QString& rawCommandLine, QWidget* parent = nullptr);
@@ -32,23 +38,58 @@ public:
     // The about box is created after the main window and shown by the Help menu.
     void setAboutForm(TAboutForm* aboutForm);
 
-    // (Re)connects when the connection inputs changed and shows the result of the SQL text.
+    // Asks for one parameter's value; no value when the user cancels. The default
+    // shows an input box.
+    using ParameterPrompt = std::function<std::optional<QString>(const QString& name)>;
+    void setParameterPrompt(ParameterPrompt prompt) { m_parameterPrompt = std::move(prompt); }
+
+    // (Re)connects when the connection inputs changed, analyses and runs the SQL text.
     void RunQuery();
+    // Runs the query again after a change of data, keeping the current row.
+    void RefreshQuery();
+
+    qint64 DispatchCommand(int command, const QVariant& argument) override;
+
+    bool queryIsOpen() const;
+    bool editableAssets() const { return m_editableAssets; }
+    assets::ResultTableModel* viewQuery() const { return ViewQuery; }
+    TGridForm* gridForm() const { return m_grid; }
+    TDetailsForm* detailsForm() const { return m_details; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
     struct StartupOptions;
+    // The statement last run, as the driver got it, with the parameter values given.
+    struct ExecutedQuery {
+        QString driverText;
+        std::vector<std::optional<QString>> parameterValues;
+    };
 
     void FormCreate(const QString& rawCommandLine);
     void runStartupSteps(const QString& rawCommandLine);
+    void loadPreferences();
     void applyCommandLine(const QString& rawCommandLine, StartupOptions& options);
     void createActions();
+    QAction* createAction(const char* name, const QString& caption, const QString& hint = {});
     void createGridPanel();
     void connectDatabase();
+    void processTableDefinition(const QString& path);
     void importAssetTypes(const StartupOptions& options);
-    void openQuery();
+
+    void runAnalysedQuery();
+    ExecutedQuery prepareQuery(const QString& sqlText);
+    void executeQuery(const ExecutedQuery& query);
+    void closeQuery();
+    void applyIdColumnVisibility();
+    void showRecordCount();
+    void rememberConnection();
+    void commitOpenTransaction();
+    int currentRow() const;
+    void locateRow(int row);
+    int rowWithId(int idIndex, const QByteArray& id) const;
+
     void showDetailsFromLastConnection();
     void copyDetailsIntoFields();
     void reportError(const QString& message);
@@ -57,6 +98,9 @@ private:
     void ExitActionExecute();
     void ActionExecuteExecute();
     void ViewDetailsExecute();
+    void ActionSQLWizardExecute();
+    void ActionHelpContentsExecute();
+    void ActionPrefExecute();
     void ActionAboutExecute();
 
     QString m_dataSourceName;
@@ -66,20 +110,31 @@ private:
     QString m_title;
     QString m_databaseType;
     bool m_noGui = false;
+    bool m_editableAssets = false;
+    core::MainPreferences m_preferences;
+    ExecutedQuery m_executed;
+    ParameterPrompt m_parameterPrompt;
 
     db::AssetsConnection ASSETS;
+    assets::ResultTableModel* ViewQuery = nullptr;
 
     QWidget* Grid_Edit = nullptr;
     QWidget* pnGrid = nullptr;
-    QTableView* m_resultView = nullptr;
-    assets::QueryResultModel* m_resultModel = nullptr;
+    TGridForm* m_grid = nullptr;
     TDetailsForm* m_details = nullptr;
     TAboutForm* m_aboutForm = nullptr;
     QLabel* StatusBar = nullptr;
 
     QAction* ExitAction = nullptr;
     QAction* ActionExecute = nullptr;
+    QAction* ViewEditForm = nullptr;
     QAction* ViewDetails = nullptr;
+    QAction* ActionAddRow = nullptr;
+    QAction* ActionDelete = nullptr;
+    QAction* ActionAddColumn = nullptr;
+    QAction* ActionSQLWizard = nullptr;
+    QAction* ActionHelpContents = nullptr;
+    QAction* ActionPref = nullptr;
     QAction* ActionAbout = nullptr;
 };
 

@@ -1,0 +1,225 @@
+// The main window's query routine over a real SQLite database: connection reuse,
+// parameters, the status text, the remembered connection, the ID column and refresh.
+
+#include "assets/resulttablemodel.h"
+#include "assets/ui/dbgridrange.h"
+#include "assets/ui/grid.h"
+#include "core/registry.h"
+#include "core/ui/main.h"
+#include "core/ui/messages.h"
+#include "db/odbc/odbc.h"
+#include "db/ui/details.h"
+#include "support/testsupport.h"
+
+#include <QAction>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+using ui::TfmMain;
+
+namespace {
+
+const QString Dsn = QStringLiteral("QuilletMainWindow");
+
+QString rememberedSql() {
+    QString value;
+    core::ReadRegistryString(QStringLiteral("LastConnection"), QStringLiteral("SQL"), value,
+                             64000, std::nullopt);
+    return value;
+}
+
+} // namespace
+
+class TestMainWindow : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+
+    static std::unique_ptr<TfmMain> openWindow(const QString& sql, const QString& extra = {}) {
+        const QString raw = QStringLiteral("\"quillet\" \"ODBC=%1\" \"SQL=%2\"%3").arg(Dsn, sql, extra);
+        return std::make_unique<TfmMain>(raw);
+    }
+
+    static QString cell(TfmMain& window, int row, const QString& field) {
+        assets::ResultTableModel* model = window.viewQuery();
+        const int column = model->fieldIndex(field);
+        return model->data(model->index(row, column)).toString();
+    }
+
+    static void setPanelSql(TfmMain& window, const QString& sql) {
+        window.findChild<QPlainTextEdit*>(QStringLiteral("MemoSQL"))->setPlainText(sql);
+    }
+
+private Q_SLOTS:
+    void initTestCase() {
+        testsupport::UseTemporarySettings();
+        ui::SetUnattended(true);
+        testsupport::SqliteDsn(Dsn, m_dir.filePath(QStringLiteral("assets.db")));
+        db::odbc::Connection connection;
+        connection.open(QStringLiteral("DSN=") + Dsn);
+        connection.execute(QStringLiteral(
+            "CREATE TABLE ASSETS (ID INTEGER PRIMARY KEY, ASSETTYPE VARCHAR(50), QTY INTEGER)"));
+        connection.begin();
+        db::odbc::Statement insert(connection);
+        insert.prepare(QStringLiteral("INSERT INTO ASSETS (ASSETTYPE, QTY) VALUES (?, ?)"));
+        for (int i = 1; i <= 250; ++i) {
+            insert.bindText(1, i % 2 ? QStringLiteral("PC") : QStringLiteral("Printer"));
+            insert.bindText(2, QString::number(i));
+            insert.execute();
+        }
+        connection.commit();
+    }
+
+    void startupQueryShowsRowsAndCount() {
+        auto window = openWindow(QStringLiteral("select ASSETTYPE, QTY from ASSETS where QTY <= 3"));
+        QCOMPARE(window->statusText(), QStringLiteral("There are 3 record(s) in the dataset"));
+        QCOMPARE(cell(*window, 2, QStringLiteral("QTY")), QStringLiteral("3"));
+        QCOMPARE(rememberedSql(), QStringLiteral("select ASSETTYPE, QTY from ASSETS where QTY <= 3"));
+    }
+
+    void assetQueryGetsIdAndHidesIt_data() {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<bool>("editable");
+        QTest::newRow("ID appended") << "select ASSETTYPE from ASSETS" << true;
+        QTest::newRow("ID selected") << "select ID, ASSETTYPE from ASSETS" << true;
+        QTest::newRow("another table") << "select 1 as ONE" << false;
+    }
+
+    void assetQueryGetsIdAndHidesIt() {
+        QFETCH(QString, sql);
+        QFETCH(bool, editable);
+        auto window = openWindow(sql);
+        QCOMPARE(window->editableAssets(), editable);
+        const int idIndex = window->viewQuery()->fieldIndex(QStringLiteral("ID"));
+        QCOMPARE(idIndex >= 0, editable);
+        if (editable)
+            QVERIFY(window->gridForm()->Grid()->isColumnHidden(idIndex));
+        // The remembered text is the user's, not the rewritten one.
+        QCOMPARE(rememberedSql(), sql);
+    }
+
+    void parametersAskedInOrder_data() {
+        QTest::addColumn<QStringList>("answers");
+        QTest::addColumn<QString>("status");
+        QTest::newRow("both answered") << QStringList{"PC", "5"}
+                                       << "There are 3 record(s) in the dataset";
+        QTest::newRow("second cancelled") << QStringList{"PC", QString()} << "";
+    }
+
+    void parametersAskedInOrder() {
+        QFETCH(QStringList, answers);
+        QFETCH(QString, status);
+        auto window = openWindow(QStringLiteral("select QTY from ASSETS where 1 = 0"));
+        QStringList asked;
+        window->setParameterPrompt([&](const QString& name) -> std::optional<QString> {
+            const QString answer = answers.value(asked.size());
+            asked << name;
+            return answer.isNull() ? std::nullopt : std::optional<QString>(answer);
+        });
+        const QString before = window->statusText();
+        window->findChild<QAction*>(QStringLiteral("ViewDetails"))->trigger();
+        setPanelSql(*window, QStringLiteral(
+            "select QTY from ASSETS where ASSETTYPE = :kind and QTY <= :most and ':x' <> '::'"));
+        window->RunQuery();
+        // Appending ID to a query on ASSETS writes the statement in upper case.
+        QCOMPARE(asked, (QStringList{"KIND", "MOST"}));
+        QCOMPARE(window->statusText(), status.isEmpty() ? before : status);
+        QCOMPARE(window->viewQuery()->isOpen(), !status.isEmpty());
+    }
+
+    void failedQueryKeepsStatusAndLastConnection() {
+        auto window = openWindow(QStringLiteral("select QTY from ASSETS where QTY = 1"));
+        const QString status = window->statusText();
+        window->findChild<QAction*>(QStringLiteral("ViewDetails"))->trigger();
+        setPanelSql(*window, QStringLiteral("select nothing from NOWHERE"));
+        window->RunQuery();
+        QVERIFY(ui::ErrorWasShown());
+        QCOMPARE(window->statusText(), status);
+        QVERIFY(!window->viewQuery()->isOpen());
+        QVERIFY(!window->editableAssets());
+        QCOMPARE(rememberedSql(), QStringLiteral("select QTY from ASSETS where QTY = 1"));
+    }
+
+    // A temporary table lives only as long as its connection: it shows whether the
+    // window kept the connection or made a new one.
+    void reconnectsOnlyWhenTheConnectionChanges() {
+        auto window = openWindow(QStringLiteral("select 1 as ONE"));
+        QCOMPARE(window->DispatchCommand(core::CMD_EXECUTE_SQL,
+                                         QStringLiteral("CREATE TEMP TABLE SESSIONMARK (X INTEGER)")),
+                 0);
+        window->findChild<QAction*>(QStringLiteral("ViewDetails"))->trigger();
+        setPanelSql(*window, QStringLiteral("select * from SESSIONMARK"));
+        window->RunQuery();
+        QVERIFY(window->viewQuery()->isOpen());
+
+        window->findChild<QLineEdit*>(QStringLiteral("EditPass"))->setText(QStringLiteral("other"));
+        window->RunQuery();
+        QVERIFY2(!window->viewQuery()->isOpen(), "a new connection has no temporary table");
+    }
+
+    void executeSqlCommandAnswersRowsAffected() {
+        auto window = openWindow(QStringLiteral("select 1 as ONE"));
+        QCOMPARE(window->DispatchCommand(core::CMD_EXECUTE_SQL,
+                                         QStringLiteral("UPDATE ASSETS SET QTY = QTY WHERE QTY <= 4")),
+                 4);
+        QVERIFY(window->DispatchCommand(core::CMD_EXECUTE_SQL, QStringLiteral("UPDATE NOWHERE")) < 0);
+        window->DispatchCommand(core::CMD_STATUS_TEXT, QStringLiteral("hello"));
+        QCOMPARE(window->statusText(), QStringLiteral("hello"));
+    }
+
+    void refreshKeepsTheCurrentRecord_data() {
+        QTest::addColumn<QString>("sql");
+        QTest::newRow("small result") << "select ID, ASSETTYPE from ASSETS where QTY <= 50";
+        QTest::newRow("large result") << "select ID, ASSETTYPE from ASSETS";
+    }
+
+    // The changed record moves to the other end of the sorted result; refreshing must
+    // keep it current and keep the order.
+    void refreshKeepsTheCurrentRecord() {
+        QFETCH(QString, sql);
+        auto window = openWindow(sql);
+        assets::ResultTableModel* model = window->viewQuery();
+        model->waitForAllRows();
+        model->setSortText(QStringLiteral("[ASSETTYPE] DESC"));
+        model->waitForSort();
+        ui::TDBGridRange* grid = window->gridForm()->Grid();
+        grid->setCurrentIndex(model->index(7, 1));
+        const QString id = cell(*window, 7, QStringLiteral("ID"));
+        const QString type = cell(*window, 7, QStringLiteral("ASSETTYPE"));
+        const QString update = QStringLiteral("UPDATE ASSETS SET ASSETTYPE = '%1' WHERE ID = ") + id;
+        QCOMPARE(window->DispatchCommand(core::CMD_EXECUTE_SQL, update.arg(QStringLiteral("AAA"))), 1);
+        window->DispatchCommand(core::CMD_REQUERY, 0);
+        const int row = grid->currentIndex().row();
+        QCOMPARE(model->sortText(), QStringLiteral("[ASSETTYPE] DESC"));
+        QCOMPARE(row, model->rowCount() - 1);
+        QCOMPARE(cell(*window, row, QStringLiteral("ID")), id);
+        QCOMPARE(cell(*window, row, QStringLiteral("ASSETTYPE")), QStringLiteral("AAA"));
+        window->DispatchCommand(core::CMD_EXECUTE_SQL, update.arg(type));
+    }
+
+    void emptyConnectionShowsTheDetailsPanelFromLastConnection() {
+        core::WriteRegistryString(QStringLiteral("LastConnection"), QStringLiteral("DSN"), Dsn);
+        core::WriteRegistryString(QStringLiteral("LastConnection"), QStringLiteral("SQL"),
+                                  QStringLiteral("select 2 as TWO"));
+        TfmMain window(QStringLiteral("\"quillet\""));
+        QVERIFY(window.detailsForm());
+        QCOMPARE(window.detailsForm()->dataSourceName(), Dsn);
+        QCOMPARE(window.detailsForm()->sqlText(), QStringLiteral("select 2 as TWO"));
+        QVERIFY(!window.viewQuery()->isOpen());
+        QAction* execute = window.findChild<QAction*>(QStringLiteral("ActionExecute"));
+        QVERIFY(execute->isEnabled());
+        setPanelSql(window, QStringLiteral("   "));
+        QVERIFY(!execute->isEnabled());
+        setPanelSql(window, QStringLiteral("select 2 as TWO"));
+        execute->trigger();
+        QCOMPARE(window.statusText(), QStringLiteral("There are 1 record(s) in the dataset"));
+    }
+};
+
+QTEST_MAIN(TestMainWindow)
+#include "test_mainwindow.moc"
