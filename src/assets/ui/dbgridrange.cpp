@@ -217,6 +217,9 @@ TDBGridRange::TDBGridRange(QWidget* parent) : QTableView(parent) {
     setShowGrid(true);
     setWordWrap(false);
     setSortingEnabled(false);
+    // One line of text per row, as a data grid shows it.
+    verticalHeader()->setMinimumSectionSize(fontMetrics().height() + 2);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     horizontalHeader()->setSectionsClickable(true);
     horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
     horizontalHeader()->setHighlightSections(false);
