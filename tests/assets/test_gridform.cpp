@@ -7,6 +7,7 @@
 #include "core/commands.h"
 #include "core/registry.h"
 #include "db/odbc/odbc.h"
+#include "gridclicks.h"
 #include "support/testsupport.h"
 
 #include <QAction>
@@ -64,24 +65,9 @@ private:
     std::vector<std::pair<int, QVariant>> m_commands;
 };
 
-QPoint cellCentre(const TDBGridRange& grid, int row) {
-    const QRect rect = grid.visualRect(grid.model()->index(
-        row, grid.currentIndex().column() < 0 ? 0 : grid.currentIndex().column()));
-    if (!grid.viewport()->rect().contains(rect))
-        qFatal("row %d is not on screen", row);
-    return rect.center();
-}
-
-void clickRow(TDBGridRange& grid, int row, Qt::KeyboardModifiers modifiers = {}) {
-    QTest::mouseClick(grid.viewport(), Qt::LeftButton, modifiers, cellCentre(grid, row));
-}
-
-void clickTitle(TDBGridRange& grid, int column, Qt::KeyboardModifiers modifiers = {}) {
-    QHeaderView* header = grid.horizontalHeader();
-    const QPoint centre(header->sectionViewportPosition(column) + header->sectionSize(column) / 2,
-                        header->height() / 2);
-    QTest::mouseClick(header->viewport(), Qt::LeftButton, modifiers, centre);
-}
+using gridclicks::cellCentre;
+using gridclicks::clickRow;
+using gridclicks::clickTitle;
 
 std::optional<QString> storedLayout(const QString& fieldName) {
     QString buffer;

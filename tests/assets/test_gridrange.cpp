@@ -4,6 +4,7 @@
 #include "assets/resulttablemodel.h"
 #include "assets/ui/dbgridrange.h"
 #include "db/odbc/odbc.h"
+#include "gridclicks.h"
 #include "support/testsupport.h"
 
 #include <QHeaderView>
@@ -41,23 +42,9 @@ QString selectedText(const TDBGridRange& grid) {
     return rangesText(grid.SelectedRows());
 }
 
-QPoint cellCentre(const TDBGridRange& grid, int row) {
-    const QRect rect = grid.visualRect(grid.model()->index(row, 1));
-    if (!grid.viewport()->rect().contains(rect))
-        qFatal("row %d is not on screen", row);
-    return rect.center();
-}
-
-void clickRow(TDBGridRange& grid, int row, Qt::KeyboardModifiers modifiers = {}) {
-    QTest::mouseClick(grid.viewport(), Qt::LeftButton, modifiers, cellCentre(grid, row));
-}
-
-void clickTitle(TDBGridRange& grid, int column, Qt::KeyboardModifiers modifiers = {}) {
-    QHeaderView* header = grid.horizontalHeader();
-    const QPoint centre(header->sectionViewportPosition(column) + header->sectionSize(column) / 2,
-                        header->height() / 2);
-    QTest::mouseClick(header->viewport(), Qt::LeftButton, modifiers, centre);
-}
+using gridclicks::cellCentre;
+using gridclicks::clickRow;
+using gridclicks::clickTitle;
 
 bool rowFullyShown(const TDBGridRange& grid, int row) {
     const QRect rect = grid.visualRect(grid.model()->index(row, 0));

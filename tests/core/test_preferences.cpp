@@ -3,6 +3,7 @@
 #include "core/log.h"
 #include "core/preferences.h"
 #include "core/registry.h"
+#include "support/preferencestore.h"
 #include "support/testsupport.h"
 
 #include <QFile>
@@ -17,27 +18,10 @@ namespace {
 const QLocale enGB(QStringLiteral("en_GB"));
 const QLocale deDE(QStringLiteral("de_DE"));
 
-using Values = std::map<QString, QString>;
-
-void store(const Values& values) {
-    for (const auto& [name, value] : values)
-        QVERIFY(core::WriteRegistryString(QStringLiteral("Preferences"), name, value));
-}
-
-std::optional<QString> stored(const QString& name) {
-    QString buffer;
-    if (!core::ReadRegistryString(QStringLiteral("Preferences"), name, buffer, 259, std::nullopt))
-        return std::nullopt;
-    return buffer;
-}
-
-QStringList storedNames() {
-    QSettings settings(QStringLiteral("Marrowby"), QStringLiteral("Quillet"));
-    settings.beginGroup(QStringLiteral("Preferences"));
-    QStringList names = settings.childKeys();
-    names.sort();
-    return names;
-}
+using Values = testsupport::PreferenceValues;
+using testsupport::StoredPreference;
+using testsupport::StoredPreferenceNames;
+using testsupport::StorePreferences;
 
 QByteArray fileText(const QString& path) {
     QFile file(path);
@@ -93,7 +77,7 @@ private Q_SLOTS:
         core::PreferenceValues values;
         core::ReadPreferenceValues(values);
         QCOMPARE(values, core::PreferenceValues());
-        QVERIFY(storedNames().isEmpty()); // reading writes nothing back
+        QVERIFY(StoredPreferenceNames().isEmpty()); // reading writes nothing back
     }
 
     void editLayout_data() {
@@ -111,7 +95,7 @@ private Q_SLOTS:
         QFETCH(QString, stored);
         QFETCH(bool, bottom);
 
-        store({{QStringLiteral("EditLayout"), stored}});
+        StorePreferences({{QStringLiteral("EditLayout"), stored}});
         core::MainPreferences state;
         QCOMPARE(core::LoadPreferences(state, enGB).layoutChanged, !bottom);
         QCOMPARE(state.layoutBottom, bottom);
@@ -163,7 +147,7 @@ private Q_SLOTS:
         QFETCH(QString, format);
         QFETCH(QString, separator);
 
-        store(values);
+        StorePreferences(values);
         core::SetDateSeparator(QLatin1Char('#'));
         core::MainPreferences state;
         state.customDateFormat = QStringLiteral("stale");
@@ -196,7 +180,7 @@ private Q_SLOTS:
         QFETCH(bool, hideId);
         QFETCH(bool, appendId);
 
-        store(values);
+        StorePreferences(values);
         core::MainPreferences state;
         state.hideId = initial;
         state.appendId = initial;
@@ -236,7 +220,7 @@ private Q_SLOTS:
         if (logFile)
             values[QStringLiteral("LogFile")] =
                 logFile->isEmpty() ? QString() : m_logs.filePath(*logFile);
-        store(values);
+        StorePreferences(values);
 
         core::MainPreferences state;
         QCOMPARE(core::LoadPreferences(state, enGB).logFileChanged, switched);
@@ -256,8 +240,9 @@ private Q_SLOTS:
     }
 
     void logSwitchFromNoLog() {
-        store({{QStringLiteral("KeepLog"), QStringLiteral("Yes")},
-               {QStringLiteral("LogFile"), m_logs.filePath(QStringLiteral("first.log"))}});
+        StorePreferences(
+            {{QStringLiteral("KeepLog"), QStringLiteral("Yes")},
+             {QStringLiteral("LogFile"), m_logs.filePath(QStringLiteral("first.log"))}});
         core::MainPreferences state;
         QVERIFY(core::LoadPreferences(state, enGB).logFileChanged);
         QCOMPARE(core::LogFilePath(), m_logs.filePath(QStringLiteral("first.log")));
@@ -266,8 +251,9 @@ private Q_SLOTS:
 
     void logSwitchFromAnUnwritableLog() {
         QVERIFY(core::SetLogFilePath(m_logs.filePath(QStringLiteral("no such folder/old.log"))));
-        store({{QStringLiteral("KeepLog"), QStringLiteral("Yes")},
-               {QStringLiteral("LogFile"), m_logs.filePath(QStringLiteral("other.log"))}});
+        StorePreferences(
+            {{QStringLiteral("KeepLog"), QStringLiteral("Yes")},
+             {QStringLiteral("LogFile"), m_logs.filePath(QStringLiteral("other.log"))}});
         core::MainPreferences state;
         QVERIFY(core::LoadPreferences(state, enGB).logFileChanged);
         QCOMPARE(core::LogFilePath(), m_logs.filePath(QStringLiteral("other.log")));
@@ -277,8 +263,8 @@ private Q_SLOTS:
         const QString oldLog = m_logs.filePath(QStringLiteral("kept.log"));
         QVERIFY(core::SetLogFilePath(oldLog));
         const QString longName = QStringLiteral("/tmp/") + QString(251, QLatin1Char('x'));
-        store({{QStringLiteral("KeepLog"), QStringLiteral("Yes")},
-               {QStringLiteral("LogFile"), longName}});
+        StorePreferences({{QStringLiteral("KeepLog"), QStringLiteral("Yes")},
+                          {QStringLiteral("LogFile"), longName}});
         core::MainPreferences state;
         QVERIFY(!core::LoadPreferences(state, enGB).logFileChanged);
         QCOMPARE(core::LogFilePath(), oldLog);
@@ -327,7 +313,7 @@ private Q_SLOTS:
         QFETCH(Values, values);
         QFETCH(core::PreferenceValues, expected);
 
-        store(values);
+        StorePreferences(values);
         core::PreferenceValues read;
         core::ReadPreferenceValues(read);
         QCOMPARE(read, expected);
@@ -390,11 +376,11 @@ private Q_SLOTS:
         core::WritePreferenceValues(values, deDE);
         QStringList names;
         for (const auto& [name, value] : expected) {
-            QCOMPARE(stored(name), std::optional<QString>(value));
+            QCOMPARE(StoredPreference(name), std::optional<QString>(value));
             names << name;
         }
         names.sort();
-        QCOMPARE(storedNames(), names);
+        QCOMPARE(StoredPreferenceNames(), names);
         QCOMPARE(core::ShortDateFormat(), format);
 
         // What was written reads back as the same choices.
@@ -415,9 +401,9 @@ private Q_SLOTS:
     void impossibleDefaultDate() {
         QFETCH(QString, date);
 
-        store({{QStringLiteral("Date"), QStringLiteral("2.2.2002")},
-               {QStringLiteral("Money"), QStringLiteral("5")},
-               {QStringLiteral("HideID"), QStringLiteral("Yes")}});
+        StorePreferences({{QStringLiteral("Date"), QStringLiteral("2.2.2002")},
+                          {QStringLiteral("Money"), QStringLiteral("5")},
+                          {QStringLiteral("HideID"), QStringLiteral("Yes")}});
         core::PreferenceValues values;
         values.defaultDateFormat = false;
         values.dateFormatString = QStringLiteral("yyyy.mm.dd");
@@ -432,14 +418,15 @@ private Q_SLOTS:
             QVERIFY2(error.message().contains(QLatin1String("date")), qPrintable(error.message()));
         }
         // Everything before "Date" is saved, and the date format applied.
-        QCOMPARE(stored(QStringLiteral("DateFormat")), QStringLiteral("Custom"));
-        QCOMPARE(stored(QStringLiteral("DateFormatString")), QStringLiteral("yyyy.mm.dd"));
-        QCOMPARE(stored(QStringLiteral("HideID")), QStringLiteral("No"));
-        QCOMPARE(stored(QStringLiteral("MoneyDefault")), QStringLiteral("No"));
+        QCOMPARE(StoredPreference(QStringLiteral("DateFormat")), QStringLiteral("Custom"));
+        QCOMPARE(StoredPreference(QStringLiteral("DateFormatString")),
+                 QStringLiteral("yyyy.mm.dd"));
+        QCOMPARE(StoredPreference(QStringLiteral("HideID")), QStringLiteral("No"));
+        QCOMPARE(StoredPreference(QStringLiteral("MoneyDefault")), QStringLiteral("No"));
         QCOMPARE(core::ShortDateFormat(), QStringLiteral("yyyy.mm.dd"));
         // "Date" and "Money" keep their old values.
-        QCOMPARE(stored(QStringLiteral("Date")), QStringLiteral("2.2.2002"));
-        QCOMPARE(stored(QStringLiteral("Money")), QStringLiteral("5"));
+        QCOMPARE(StoredPreference(QStringLiteral("Date")), QStringLiteral("2.2.2002"));
+        QCOMPARE(StoredPreference(QStringLiteral("Money")), QStringLiteral("5"));
     }
 
     void defaultDateIsReadWithTheNewFormat() {
@@ -449,8 +436,8 @@ private Q_SLOTS:
         values.dateFormatString = QStringLiteral("mm/dd/yyyy");
         values.defaultDate = QStringLiteral("2.3.1990");
         core::WritePreferenceValues(values, enGB);
-        QCOMPARE(stored(QStringLiteral("Date")), QStringLiteral("02/03/1990"));
-        QCOMPARE(core::StrToDate(*stored(QStringLiteral("Date"))), QDate(1990, 2, 3));
+        QCOMPARE(StoredPreference(QStringLiteral("Date")), QStringLiteral("02/03/1990"));
+        QCOMPARE(core::StrToDate(*StoredPreference(QStringLiteral("Date"))), QDate(1990, 2, 3));
     }
 
     void newRecordDefaults_data() {
@@ -489,7 +476,7 @@ private Q_SLOTS:
         QFETCH(QString, dateText);
         QFETCH(QString, moneyText);
 
-        store(values);
+        StorePreferences(values);
         const core::NewRecordDefaults defaults = core::ReadNewRecordDefaults();
         QCOMPARE(defaults.dateDefaults, dateDefaults);
         QCOMPARE(defaults.moneyDefaults, moneyDefaults);

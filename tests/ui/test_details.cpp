@@ -76,18 +76,8 @@ class TestDetails : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() {
-        qunsetenv("QUILLET_TEST_SQLWIZARD_MODE");
-        qunsetenv("QUILLET_TEST_SQLWIZARD_CODE");
-        qunsetenv("QUILLET_TEST_SQLWIZARD_SQL");
-        qunsetenv("QUILLET_TEST_SQLWIZARD_RECORD");
-        ui::SetUnattended(true);
-        db::SetSqlWizardDirectories({workingPluginDir()});
-    }
-    void cleanup() {
-        ui::SetUnattended(false);
-        db::SetSqlWizardDirectories({});
-    }
+    void init() { testwizard::startWizardTest(workingPluginDir()); }
+    void cleanup() { testwizard::endWizardTest(); }
 
     void labels_data() {
         QTest::addColumn<QString>("label");

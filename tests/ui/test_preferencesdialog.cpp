@@ -3,6 +3,7 @@
 #include "core/registry.h"
 #include "core/ui/messages.h"
 #include "core/ui/preferences.h"
+#include "support/preferencestore.h"
 #include "support/testsupport.h"
 
 #include <QAbstractButton>
@@ -33,25 +34,10 @@ namespace {
 
 const QLocale enGB(QStringLiteral("en_GB"));
 
-using Values = std::map<QString, QString>;
-
-void store(const Values& values) {
-    for (const auto& [name, value] : values)
-        QVERIFY(core::WriteRegistryString(QStringLiteral("Preferences"), name, value));
-}
-
-std::optional<QString> stored(const QString& name) {
-    QString buffer;
-    if (!core::ReadRegistryString(QStringLiteral("Preferences"), name, buffer, 259, std::nullopt))
-        return std::nullopt;
-    return buffer;
-}
-
-QStringList storedNames() {
-    QSettings settings(QStringLiteral("Marrowby"), QStringLiteral("Quillet"));
-    settings.beginGroup(QStringLiteral("Preferences"));
-    return settings.childKeys();
-}
+using Values = testsupport::PreferenceValues;
+using testsupport::StoredPreference;
+using testsupport::StoredPreferenceNames;
+using testsupport::StorePreferences;
 
 template <typename Widget> Widget* control(const TPreferences& dialog, const char* name) {
     auto* widget = dialog.findChild<Widget*>(QString::fromLatin1(name));
@@ -139,7 +125,7 @@ private Q_SLOTS:
         QCOMPARE(control<QLineEdit>(dialog, "EditMoneyFields")->text(), QStringLiteral("0"));
         QVERIFY(control<QPushButton>(dialog, "BtnOk")->isDefault());
         QCOMPARE(dialog.values().defaultDate, QStringLiteral("01/01/1990"));
-        QVERIFY(storedNames().isEmpty()); // opening writes nothing
+        QVERIFY(StoredPreferenceNames().isEmpty()); // opening writes nothing
     }
 
     void captions_data() {
@@ -239,18 +225,18 @@ private Q_SLOTS:
     }
 
     void opensWithStoredValues() {
-        store({{QStringLiteral("EditLayout"), QStringLiteral("bottom")},
-               {QStringLiteral("DateFormat"), QStringLiteral("Custom")},
-               {QStringLiteral("DateFormatString"), QStringLiteral("yyyy.mm.dd")},
-               {QStringLiteral("KeepLog"), QStringLiteral("Yes")},
-               {QStringLiteral("LogFile"), QStringLiteral("/var/log/q.log")},
-               {QStringLiteral("HideID"), QStringLiteral("No")},
-               {QStringLiteral("AppendID"), QStringLiteral("yes")},
-               {QStringLiteral("Defaults"), QStringLiteral("No")},
-               {QStringLiteral("DateDefault"), QStringLiteral("Yes")},
-               {QStringLiteral("MoneyDefault"), QStringLiteral("")},
-               {QStringLiteral("Date"), QStringLiteral("3.3.2003")},
-               {QStringLiteral("Money"), QStringLiteral("12,5")}});
+        StorePreferences({{QStringLiteral("EditLayout"), QStringLiteral("bottom")},
+                          {QStringLiteral("DateFormat"), QStringLiteral("Custom")},
+                          {QStringLiteral("DateFormatString"), QStringLiteral("yyyy.mm.dd")},
+                          {QStringLiteral("KeepLog"), QStringLiteral("Yes")},
+                          {QStringLiteral("LogFile"), QStringLiteral("/var/log/q.log")},
+                          {QStringLiteral("HideID"), QStringLiteral("No")},
+                          {QStringLiteral("AppendID"), QStringLiteral("yes")},
+                          {QStringLiteral("Defaults"), QStringLiteral("No")},
+                          {QStringLiteral("DateDefault"), QStringLiteral("Yes")},
+                          {QStringLiteral("MoneyDefault"), QStringLiteral("")},
+                          {QStringLiteral("Date"), QStringLiteral("3.3.2003")},
+                          {QStringLiteral("Money"), QStringLiteral("12,5")}});
         TPreferences dialog(nullptr, enGB);
 
         QVERIFY(control<QToolButton>(dialog, "BtnRight")->isChecked());
@@ -297,7 +283,7 @@ private Q_SLOTS:
         QFETCH(QString, locale);
         QFETCH(QString, shown);
 
-        store({{QStringLiteral("Date"), QStringLiteral("24.12.2012")}});
+        StorePreferences({{QStringLiteral("Date"), QStringLiteral("24.12.2012")}});
         core::ApplyDateFormat(custom, QLocale(locale));
         TPreferences dialog(nullptr, QLocale(locale));
         QCOMPARE(control<QLineEdit>(dialog, "EditDateFields")->text(), shown);
@@ -349,9 +335,10 @@ private Q_SLOTS:
                               {"Date", "2001.12.24"},
                               {"Money", "7,5"}};
         for (const auto& [name, value] : expected)
-            QCOMPARE(name + QLatin1Char('=') + stored(name).value_or(QStringLiteral("<missing>")),
+            QCOMPARE(name + QLatin1Char('=') +
+                         StoredPreference(name).value_or(QStringLiteral("<missing>")),
                      name + QLatin1Char('=') + value);
-        QCOMPARE(storedNames().size(), int(expected.size()));
+        QCOMPARE(StoredPreferenceNames().size(), int(expected.size()));
         QCOMPARE(core::ShortDateFormat(), QStringLiteral("yyyy.mm.dd"));
         QCOMPARE(core::DateSeparator(), QLatin1Char('.'));
     }
@@ -364,8 +351,8 @@ private Q_SLOTS:
         replaceText(money, QStringLiteral("3"));
         QTest::keyClick(money, Qt::Key_Return);
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        QCOMPARE(stored(QStringLiteral("Money")), QStringLiteral("3"));
-        QCOMPARE(stored(QStringLiteral("Date")), QStringLiteral("01/01/1990"));
+        QCOMPARE(StoredPreference(QStringLiteral("Money")), QStringLiteral("3"));
+        QCOMPARE(StoredPreference(QStringLiteral("Date")), QStringLiteral("01/01/1990"));
     }
 
     void cancelSavesNothing_data() {
@@ -391,14 +378,14 @@ private Q_SLOTS:
 
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
         QVERIFY(!dialog.isVisible());
-        QVERIFY(storedNames().isEmpty());
+        QVERIFY(StoredPreferenceNames().isEmpty());
         QCOMPARE(core::ShortDateFormat(), QStringLiteral("dd/mm/yyyy"));
     }
 
     void impossibleDefaultDate() {
-        store({{QStringLiteral("Date"), QStringLiteral("2.2.2002")},
-               {QStringLiteral("Money"), QStringLiteral("5")},
-               {QStringLiteral("HideID"), QStringLiteral("Yes")}});
+        StorePreferences({{QStringLiteral("Date"), QStringLiteral("2.2.2002")},
+                          {QStringLiteral("Money"), QStringLiteral("5")},
+                          {QStringLiteral("HideID"), QStringLiteral("Yes")}});
         TPreferences dialog(nullptr, enGB);
         dialog.show();
         QVERIFY(QTest::qWaitForWindowExposed(&dialog));
@@ -416,11 +403,11 @@ private Q_SLOTS:
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
         QVERIFY(!dialog.isVisible());
         // Everything before "Date" is saved; "Date" and "Money" keep their values.
-        QCOMPARE(stored(QStringLiteral("HideID")), QStringLiteral("No"));
-        QCOMPARE(stored(QStringLiteral("DateFormat")), QStringLiteral("Custom"));
-        QCOMPARE(stored(QStringLiteral("MoneyDefault")), QStringLiteral("Yes"));
-        QCOMPARE(stored(QStringLiteral("Date")), QStringLiteral("2.2.2002"));
-        QCOMPARE(stored(QStringLiteral("Money")), QStringLiteral("5"));
+        QCOMPARE(StoredPreference(QStringLiteral("HideID")), QStringLiteral("No"));
+        QCOMPARE(StoredPreference(QStringLiteral("DateFormat")), QStringLiteral("Custom"));
+        QCOMPARE(StoredPreference(QStringLiteral("MoneyDefault")), QStringLiteral("Yes"));
+        QCOMPARE(StoredPreference(QStringLiteral("Date")), QStringLiteral("2.2.2002"));
+        QCOMPARE(StoredPreference(QStringLiteral("Money")), QStringLiteral("5"));
         QCOMPARE(core::ShortDateFormat(), QStringLiteral("dd-mm-yyyy"));
     }
 
@@ -455,7 +442,7 @@ private Q_SLOTS:
         QCOMPARE(requests[0].defaultExtension, QStringLiteral("log"));
         QCOMPARE(requests[0].fileName, QStringLiteral("typed.log"));
         QCOMPARE(logFile->text(), after);
-        QVERIFY(storedNames().isEmpty());
+        QVERIFY(StoredPreferenceNames().isEmpty());
     }
 
     void saveFileDialog_data() {

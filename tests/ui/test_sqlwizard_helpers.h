@@ -3,6 +3,9 @@
 // Helpers of the wizard and details panel tests: reading what unattended message boxes
 // print, and answering real message boxes.
 
+#include "core/ui/messages.h"
+#include "db/sqlwizard.h"
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QByteArray>
@@ -17,6 +20,21 @@
 #include <unistd.h>
 
 namespace testwizard {
+
+// Every test starts with the test plugin in its default mode, found in its build folder,
+// and message boxes printed instead of shown.
+inline void startWizardTest(const QString& pluginDirectory) {
+    for (const char* name : {"QUILLET_TEST_SQLWIZARD_MODE", "QUILLET_TEST_SQLWIZARD_CODE",
+                             "QUILLET_TEST_SQLWIZARD_SQL", "QUILLET_TEST_SQLWIZARD_RECORD"})
+        qunsetenv(name);
+    ui::SetUnattended(true);
+    db::SetSqlWizardDirectories({pluginDirectory});
+}
+
+inline void endWizardTest() {
+    ui::SetUnattended(false);
+    db::SetSqlWizardDirectories({});
+}
 
 // Sends standard error to a temporary file until finish(), which returns what was
 // written. In an unattended run each message box prints one "TITLE: TEXT" there.
