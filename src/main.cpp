@@ -1,6 +1,6 @@
+#include "core/ui/main.h"
 #include "core/commandline.h"
 #include "core/ui/about.h"
-#include "core/ui/main.h"
 #include "core/ui/messages.h"
 #include "translation/translate.h"
 

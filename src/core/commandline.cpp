@@ -23,9 +23,7 @@ QString sqlTextFrom(const QString& value) {
 
 void applyPiece(const QString& piece, CommandLineValues& values) {
     const QString upper = piece.toUpper();
-    auto matches = [&upper](const char* keyword) {
-        return upper.contains(QLatin1String(keyword));
-    };
+    auto matches = [&upper](const char* keyword) { return upper.contains(QLatin1String(keyword)); };
     const QString value = valueOf(piece);
     if (matches(keyword::Odbc))
         values.dataSourceName = value;
@@ -105,8 +103,8 @@ int LeadingDecimal(const QString& text) {
     for (QChar c : text) {
         if (c < QLatin1Char('0') || c > QLatin1Char('9'))
             break;
-        number = qMin<long long>(number * 10 + (c.unicode() - '0'),
-                                 std::numeric_limits<int>::max());
+        number =
+            qMin<long long>(number * 10 + (c.unicode() - '0'), std::numeric_limits<int>::max());
     }
     return static_cast<int>(number);
 }

@@ -27,7 +27,9 @@ bool SetLogFilePath(const QString& path) {
     return true;
 }
 
-QString LogFilePath() { return logPath(); }
+QString LogFilePath() {
+    return logPath();
+}
 
 QByteArray FormatLogEntry(const QDateTime& when, const char* message) {
     const QDate date = when.date();
@@ -67,6 +69,8 @@ void LogLine(const char* message) {
     file.close();
 }
 
-void LogLine(const QString& message) { LogLine(message.toLocal8Bit().constData()); }
+void LogLine(const QString& message) {
+    LogLine(message.toLocal8Bit().constData());
+}
 
 } // namespace core

@@ -9,8 +9,8 @@ void AssetsConnection::connect(const QString& password, const QString& userName,
     m_connection.open(OdbcConnectionString(password, userName, dataSourceName));
     const QString reported =
         ReportedConnectionString(m_connectionString, m_connection.completedConnectionString());
-    m_dialect = DetectDatabaseDialect(databaseType, reported,
-                                      odbc::DriverDescriptionOf(dataSourceName));
+    m_dialect =
+        DetectDatabaseDialect(databaseType, reported, odbc::DriverDescriptionOf(dataSourceName));
 }
 
 } // namespace db

@@ -25,8 +25,7 @@ QString OdbcConnectionString(const QString& password, const QString& userName,
                              const QString& dataSourceName);
 
 // The connection string as the provider reports it back after connecting.
-QString ReportedConnectionString(const QString& providerString,
-                                 const QString& completedOdbcString);
+QString ReportedConnectionString(const QString& providerString, const QString& completedOdbcString);
 
 // Decides the dialect: the database type text first, then the reported connection
 // string (empty when the connection is not active), then the driver description of

@@ -56,27 +56,73 @@ private Q_SLOTS:
 
         QTest::newRow("quoted arguments")
             << R"("q" "ODBC=Assets" "SQL=select * from ASSETS" "USER=Ann" "PWD=s3;cret" "DBTYPE=oracle9")"
-            << "Assets" << "select * from ASSETS" << "Ann" << "s3;cret" << "oracle9";
-        QTest::newRow("unquoted arguments run together")
-            << "q ODBC=a SQL=b" << "a SQL=b" << "a SQL=b" << "" << "" << "";
-        QTest::newRow("keyword in lower case, value case kept")
-            << R"("q" "odbc=MyName")" << "MyName" << "" << "" << "" << "";
-        QTest::newRow("MSSQL= matches SQL=") << R"("q" "MSSQL=x")" << "" << "x" << "" << "" << "";
-        QTest::newRow("later pieces win") << R"("q" "ODBC=a" "ODBC=b")" << "b" << "" << "" << ""
+            << "Assets"
+            << "select * from ASSETS"
+            << "Ann"
+            << "s3;cret"
+            << "oracle9";
+        QTest::newRow("unquoted arguments run together") << "q ODBC=a SQL=b"
+                                                         << "a SQL=b"
+                                                         << "a SQL=b"
+                                                         << ""
+                                                         << ""
+                                                         << "";
+        QTest::newRow("keyword in lower case, value case kept") << R"("q" "odbc=MyName")"
+                                                                << "MyName"
+                                                                << ""
+                                                                << ""
+                                                                << ""
+                                                                << "";
+        QTest::newRow("MSSQL= matches SQL=") << R"("q" "MSSQL=x")"
+                                             << ""
+                                             << "x"
+                                             << ""
+                                             << ""
+                                             << "";
+        QTest::newRow("later pieces win") << R"("q" "ODBC=a" "ODBC=b")"
+                                          << "b"
+                                          << ""
+                                          << ""
+                                          << ""
                                           << "";
-        QTest::newRow("keyword anywhere in the piece")
-            << R"("q" "my ODBC=x")" << "x" << "" << "" << "" << "";
+        QTest::newRow("keyword anywhere in the piece") << R"("q" "my ODBC=x")"
+                                                       << "x"
+                                                       << ""
+                                                       << ""
+                                                       << ""
+                                                       << "";
         QTest::newRow("value after the first equals sign")
-            << R"("q" "SQL=select * from T where A='=' ")" << "" << "select * from T where A='=' "
-            << "" << "" << "";
-        QTest::newRow("a piece matching two keywords")
-            << R"("q" "USER=ODBC=x")" << "ODBC=x" << "" << "ODBC=x" << "" << "";
-        QTest::newRow("empty values") << R"("q" "ODBC=" "USER=" "PWD=")" << "" << "" << "" << ""
+            << R"("q" "SQL=select * from T where A='=' ")"
+            << ""
+            << "select * from T where A='=' "
+            << ""
+            << ""
+            << "";
+        QTest::newRow("a piece matching two keywords") << R"("q" "USER=ODBC=x")"
+                                                       << "ODBC=x"
+                                                       << ""
+                                                       << "ODBC=x"
+                                                       << ""
+                                                       << "";
+        QTest::newRow("empty values") << R"("q" "ODBC=" "USER=" "PWD=")"
+                                      << ""
+                                      << ""
+                                      << ""
+                                      << ""
                                       << "";
-        QTest::newRow("a quote inside a value cuts it")
-            << R"("q" "SQL=select "x" from T")" << "" << "select " << "" << "" << "";
+        QTest::newRow("a quote inside a value cuts it") << R"("q" "SQL=select "x" from T")"
+                                                        << ""
+                                                        << "select "
+                                                        << ""
+                                                        << ""
+                                                        << "";
         QTest::newRow("report and template change nothing")
-            << R"("q" "REPORT=r.htm" "TEMPLATE=t.htm")" << "" << "" << "" << "" << "";
+            << R"("q" "REPORT=r.htm" "TEMPLATE=t.htm")"
+            << ""
+            << ""
+            << ""
+            << ""
+            << "";
     }
 
     void textValues() {
@@ -98,17 +144,29 @@ private Q_SLOTS:
         QTest::addColumn<QString>("delimiter");
         QTest::addColumn<int>("startRow");
 
-        QTest::newRow("defaults") << R"("q")" << false << false << "table.def" << "" << ";" << 1;
-        QTest::newRow("nogui and create") << R"("q" "/nogui" "/CREATE")" << true << true
-                                          << "table.def" << "" << ";" << 1;
-        QTest::newRow("create with a file") << R"("q" "CREATE=schema.def")" << false << true
-                                            << "schema.def" << "" << ";" << 1;
+        QTest::newRow("defaults") << R"("q")" << false << false << "table.def"
+                                  << ""
+                                  << ";" << 1;
+        QTest::newRow("nogui and create")
+            << R"("q" "/nogui" "/CREATE")" << true << true << "table.def"
+            << ""
+            << ";" << 1;
+        QTest::newRow("create with a file")
+            << R"("q" "CREATE=schema.def")" << false << true << "schema.def"
+            << ""
+            << ";" << 1;
         QTest::newRow("type import") << R"("q" "TYPES=types.aty" "DELIM=||" "STARTROW=12abc")"
-                                     << false << false << "table.def" << "types.aty" << "||" << 12;
-        QTest::newRow("start row without digits") << R"("q" "STARTROW=abc")" << false << false
-                                                  << "table.def" << "" << ";" << 0;
-        QTest::newRow("start row beyond int") << R"("q" "STARTROW=99999999999")" << false << false
-                                              << "table.def" << "" << ";" << 2147483647;
+                                     << false << false << "table.def"
+                                     << "types.aty"
+                                     << "||" << 12;
+        QTest::newRow("start row without digits")
+            << R"("q" "STARTROW=abc")" << false << false << "table.def"
+            << ""
+            << ";" << 0;
+        QTest::newRow("start row beyond int")
+            << R"("q" "STARTROW=99999999999")" << false << false << "table.def"
+            << ""
+            << ";" << 2147483647;
     }
 
     void flagsAndStartupValues() {
@@ -137,8 +195,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("sql");
         QTest::newRow("LF lines") << QByteArray("select *\nfrom ASSETS\n")
                                   << "select *\r\nfrom ASSETS\r\n";
-        QTest::newRow("CR LF lines, no final break") << QByteArray("select *\r\nfrom ASSETS")
-                                                     << "select *\r\nfrom ASSETS\r\n";
+        QTest::newRow("CR LF lines, no final break")
+            << QByteArray("select *\r\nfrom ASSETS") << "select *\r\nfrom ASSETS\r\n";
         QTest::newRow("CR lines and an empty line") << QByteArray("a\r\rb") << "a\r\n\r\nb\r\n";
         QTest::newRow("empty file") << QByteArray() << "";
     }
@@ -152,8 +210,7 @@ private Q_SLOTS:
     void sqlNamingNoFileIsText() {
         const QString path = m_dir.filePath(QStringLiteral("missing.sql"));
         QCOMPARE(parse(QStringLiteral("\"q\" \"SQL=%1\"").arg(path)).sqlText, path);
-        QCOMPARE(parse(QStringLiteral("\"q\" \"SQL=%1\"").arg(m_dir.path())).sqlText,
-                 m_dir.path());
+        QCOMPARE(parse(QStringLiteral("\"q\" \"SQL=%1\"").arg(m_dir.path())).sqlText, m_dir.path());
     }
 };
 

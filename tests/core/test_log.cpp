@@ -36,13 +36,12 @@ private Q_SLOTS:
                                       << QByteArray("05/03/2024 14:07:09 > "
                                                     ".................................. \r\n");
         QTest::newRow("date separator of the process")
-            << QChar('.') << QByteArray("x") << false
-            << QByteArray("05.03.2024 14:07:09 > x \r\n");
-        QTest::newRow("line breaks kept") << QChar('/') << QByteArray("...Query:\nSELECT 1")
-                                          << false
-                                          << QByteArray("05/03/2024 14:07:09 > ...Query:\nSELECT 1 \r\n");
-        QTest::newRow("empty message") << QChar('/') << QByteArray("") << false
-                                       << QByteArray("05/03/2024 14:07:09 >  \r\n");
+            << QChar('.') << QByteArray("x") << false << QByteArray("05.03.2024 14:07:09 > x \r\n");
+        QTest::newRow("line breaks kept")
+            << QChar('/') << QByteArray("...Query:\nSELECT 1") << false
+            << QByteArray("05/03/2024 14:07:09 > ...Query:\nSELECT 1 \r\n");
+        QTest::newRow("empty message")
+            << QChar('/') << QByteArray("") << false << QByteArray("05/03/2024 14:07:09 >  \r\n");
     }
 
     void entryFormat() {

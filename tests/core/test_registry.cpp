@@ -32,9 +32,9 @@ private Q_SLOTS:
                       QStringLiteral("0"), &found),
                  QStringLiteral("0"));
         QVERIFY(found);
-        QCOMPARE(read(QStringLiteral("Preferences"), QStringLiteral("Money"), 259, std::nullopt,
-                      &found),
-                 QStringLiteral("0"));
+        QCOMPARE(
+            read(QStringLiteral("Preferences"), QStringLiteral("Money"), 259, std::nullopt, &found),
+            QStringLiteral("0"));
         QVERIFY(found);
     }
 
@@ -45,17 +45,25 @@ private Q_SLOTS:
         QTest::addColumn<int>("length");
         QTest::addColumn<QString>("expected");
 
-        QTest::newRow("plain") << "LastConnection" << "SQL" << "select * from ASSETS" << 64000
-                               << "select * from ASSETS";
-        QTest::newRow("empty value") << "LastConnection" << "UserName" << "" << 64000 << "";
-        QTest::newRow("nested subkey") << "Preferences\\GridLayout" << "ID" << "1,64" << 259
-                                       << "1,64";
-        QTest::newRow("cut to the buffer") << "Preferences" << "LogFile" << "abcdef" << 4 << "abc";
+        QTest::newRow("plain") << "LastConnection"
+                               << "SQL"
+                               << "select * from ASSETS" << 64000 << "select * from ASSETS";
+        QTest::newRow("empty value") << "LastConnection"
+                                     << "UserName"
+                                     << "" << 64000 << "";
+        QTest::newRow("nested subkey") << "Preferences\\GridLayout"
+                                       << "ID"
+                                       << "1,64" << 259 << "1,64";
+        QTest::newRow("cut to the buffer") << "Preferences"
+                                           << "LogFile"
+                                           << "abcdef" << 4 << "abc";
         QTest::newRow("line breaks and unicode")
-            << "LastConnection" << "SQL" << "select 'Müller'\r\nfrom T" << 64000
-            << "select 'Müller'\r\nfrom T";
-        QTest::newRow("value name with blanks") << "ExportImport" << "Last File" << "a.txt" << 259
-                                                << "a.txt";
+            << "LastConnection"
+            << "SQL"
+            << "select 'Müller'\r\nfrom T" << 64000 << "select 'Müller'\r\nfrom T";
+        QTest::newRow("value name with blanks") << "ExportImport"
+                                                << "Last File"
+                                                << "a.txt" << 259 << "a.txt";
     }
 
     void writeThenRead() {

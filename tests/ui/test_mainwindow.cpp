@@ -27,8 +27,8 @@ const QString Dsn = QStringLiteral("QuilletMainWindow");
 
 QString rememberedSql() {
     QString value;
-    core::ReadRegistryString(QStringLiteral("LastConnection"), QStringLiteral("SQL"), value,
-                             64000, std::nullopt);
+    core::ReadRegistryString(QStringLiteral("LastConnection"), QStringLiteral("SQL"), value, 64000,
+                             std::nullopt);
     return value;
 }
 
@@ -41,7 +41,8 @@ private:
     QTemporaryDir m_dir;
 
     static std::unique_ptr<TfmMain> openWindow(const QString& sql, const QString& extra = {}) {
-        const QString raw = QStringLiteral("\"quillet\" \"ODBC=%1\" \"SQL=%2\"%3").arg(Dsn, sql, extra);
+        const QString raw =
+            QStringLiteral("\"quillet\" \"ODBC=%1\" \"SQL=%2\"%3").arg(Dsn, sql, extra);
         return std::make_unique<TfmMain>(raw);
     }
 
@@ -76,10 +77,12 @@ private Q_SLOTS:
     }
 
     void startupQueryShowsRowsAndCount() {
-        auto window = openWindow(QStringLiteral("select ASSETTYPE, QTY from ASSETS where QTY <= 3"));
+        auto window =
+            openWindow(QStringLiteral("select ASSETTYPE, QTY from ASSETS where QTY <= 3"));
         QCOMPARE(window->statusText(), QStringLiteral("There are 3 record(s) in the dataset"));
         QCOMPARE(cell(*window, 2, QStringLiteral("QTY")), QStringLiteral("3"));
-        QCOMPARE(rememberedSql(), QStringLiteral("select ASSETTYPE, QTY from ASSETS where QTY <= 3"));
+        QCOMPARE(rememberedSql(),
+                 QStringLiteral("select ASSETTYPE, QTY from ASSETS where QTY <= 3"));
     }
 
     void assetQueryGetsIdAndHidesIt_data() {
@@ -106,8 +109,8 @@ private Q_SLOTS:
     void parametersAskedInOrder_data() {
         QTest::addColumn<QStringList>("answers");
         QTest::addColumn<QString>("status");
-        QTest::newRow("both answered") << QStringList{"PC", "5"}
-                                       << "There are 3 record(s) in the dataset";
+        QTest::newRow("both answered")
+            << QStringList{"PC", "5"} << "There are 3 record(s) in the dataset";
         QTest::newRow("second cancelled") << QStringList{"PC", QString()} << "";
     }
 
@@ -123,8 +126,8 @@ private Q_SLOTS:
         });
         const QString before = window->statusText();
         window->findChild<QAction*>(QStringLiteral("ViewDetails"))->trigger();
-        setPanelSql(*window, QStringLiteral(
-            "select QTY from ASSETS where ASSETTYPE = :kind and QTY <= :most and ':x' <> '::'"));
+        setPanelSql(*window, QStringLiteral("select QTY from ASSETS where ASSETTYPE = :kind and "
+                                            "QTY <= :most and ':x' <> '::'"));
         window->RunQuery();
         // Appending ID to a query on ASSETS writes the statement in upper case.
         QCOMPARE(asked, (QStringList{"KIND", "MOST"}));
@@ -149,9 +152,10 @@ private Q_SLOTS:
     // window kept the connection or made a new one.
     void reconnectsOnlyWhenTheConnectionChanges() {
         auto window = openWindow(QStringLiteral("select 1 as ONE"));
-        QCOMPARE(window->DispatchCommand(core::CMD_EXECUTE_SQL,
-                                         QStringLiteral("CREATE TEMP TABLE SESSIONMARK (X INTEGER)")),
-                 0);
+        QCOMPARE(
+            window->DispatchCommand(core::CMD_EXECUTE_SQL,
+                                    QStringLiteral("CREATE TEMP TABLE SESSIONMARK (X INTEGER)")),
+            0);
         window->findChild<QAction*>(QStringLiteral("ViewDetails"))->trigger();
         setPanelSql(*window, QStringLiteral("select * from SESSIONMARK"));
         window->RunQuery();
@@ -164,10 +168,12 @@ private Q_SLOTS:
 
     void executeSqlCommandAnswersRowsAffected() {
         auto window = openWindow(QStringLiteral("select 1 as ONE"));
-        QCOMPARE(window->DispatchCommand(core::CMD_EXECUTE_SQL,
-                                         QStringLiteral("UPDATE ASSETS SET QTY = QTY WHERE QTY <= 4")),
-                 4);
-        QVERIFY(window->DispatchCommand(core::CMD_EXECUTE_SQL, QStringLiteral("UPDATE NOWHERE")) < 0);
+        QCOMPARE(
+            window->DispatchCommand(core::CMD_EXECUTE_SQL,
+                                    QStringLiteral("UPDATE ASSETS SET QTY = QTY WHERE QTY <= 4")),
+            4);
+        QVERIFY(window->DispatchCommand(core::CMD_EXECUTE_SQL, QStringLiteral("UPDATE NOWHERE")) <
+                0);
         window->DispatchCommand(core::CMD_STATUS_TEXT, QStringLiteral("hello"));
         QCOMPARE(window->statusText(), QStringLiteral("hello"));
     }
@@ -191,8 +197,10 @@ private Q_SLOTS:
         grid->setCurrentIndex(model->index(7, 1));
         const QString id = cell(*window, 7, QStringLiteral("ID"));
         const QString type = cell(*window, 7, QStringLiteral("ASSETTYPE"));
-        const QString update = QStringLiteral("UPDATE ASSETS SET ASSETTYPE = '%1' WHERE ID = ") + id;
-        QCOMPARE(window->DispatchCommand(core::CMD_EXECUTE_SQL, update.arg(QStringLiteral("AAA"))), 1);
+        const QString update =
+            QStringLiteral("UPDATE ASSETS SET ASSETTYPE = '%1' WHERE ID = ") + id;
+        QCOMPARE(window->DispatchCommand(core::CMD_EXECUTE_SQL, update.arg(QStringLiteral("AAA"))),
+                 1);
         window->DispatchCommand(core::CMD_REQUERY, 0);
         const int row = grid->currentIndex().row();
         QCOMPARE(model->sortText(), QStringLiteral("[ASSETTYPE] DESC"));

@@ -65,8 +65,7 @@ private:
             process.kill();
         Run result;
         result.milliseconds = timer.elapsed();
-        result.exitCode =
-            process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+        result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
         result.standardError = process.readAllStandardError();
         QFile log(path(logName));
         if (log.open(QIODevice::ReadOnly))
@@ -95,8 +94,7 @@ private:
     }
 
     QString lastConnection(const QString& name) const {
-        QSettings store(path(QStringLiteral("config/Marrowby/Quillet.conf")),
-                        QSettings::IniFormat);
+        QSettings store(path(QStringLiteral("config/Marrowby/Quillet.conf")), QSettings::IniFormat);
         return store.value(QStringLiteral("LastConnection/") + name).toString();
     }
 
@@ -115,10 +113,10 @@ private Q_SLOTS:
 
     void queryRunsOnceAndIsRemembered() {
         const QString log = path(QStringLiteral("run.log"));
-        const Run result = run({QStringLiteral("/NOGUI"), QStringLiteral("ODBC=QuilletNoGui"),
-                                QStringLiteral("USER=ann"), QStringLiteral("PWD=secret"),
-                                QStringLiteral("SQL=select * from ASSETS"),
-                                QStringLiteral("LOG=") + log});
+        const Run result =
+            run({QStringLiteral("/NOGUI"), QStringLiteral("ODBC=QuilletNoGui"),
+                 QStringLiteral("USER=ann"), QStringLiteral("PWD=secret"),
+                 QStringLiteral("SQL=select * from ASSETS"), QStringLiteral("LOG=") + log});
         QCOMPARE(result.standardError, QByteArray());
         QCOMPARE(result.exitCode, 0);
         QCOMPARE(messages(result.log), (QList<QByteArray>{StartBanner, EndBanner}));
@@ -136,11 +134,12 @@ private Q_SLOTS:
         QVERIFY(sql.open(QIODevice::WriteOnly));
         sql.write("select ID\nfrom ASSETS\n");
         sql.close();
-        const Run result = run({QStringLiteral("/NOGUI"), QStringLiteral("ODBC=QuilletNoGui"),
-                                QStringLiteral("SQL=") + sql.fileName(),
-                                QStringLiteral("LOG=run.log")});
+        const Run result =
+            run({QStringLiteral("/NOGUI"), QStringLiteral("ODBC=QuilletNoGui"),
+                 QStringLiteral("SQL=") + sql.fileName(), QStringLiteral("LOG=run.log")});
         QCOMPARE(result.exitCode, 0);
-        QCOMPARE(lastConnection(QStringLiteral("SQL")), QStringLiteral("select ID\r\nfrom ASSETS\r\n"));
+        QCOMPARE(lastConnection(QStringLiteral("SQL")),
+                 QStringLiteral("select ID\r\nfrom ASSETS\r\n"));
     }
 
     void createsTheSchemaThenVerifiesIt() {
@@ -159,8 +158,8 @@ private Q_SLOTS:
         QCOMPARE(created.exitCode, 0);
         const QList<QByteArray> creation = messages(created.log);
         for (const char* table : {"ASSETS", "ASSETTYPES", "NODES"})
-            QVERIFY(creation.contains(QByteArray("......table ") + table +
-                                      " successfully created."));
+            QVERIFY(
+                creation.contains(QByteArray("......table ") + table + " successfully created."));
         const Run verified = run(arguments);
         QCOMPARE(verified.exitCode, 0);
         const QList<QByteArray> verification = messages(verified.log);
@@ -169,9 +168,9 @@ private Q_SLOTS:
     }
 
     void unreadableTableDefinitionIsReported() {
-        const Run result = run({QStringLiteral("/NOGUI"), QStringLiteral("ODBC=QuilletNoGui"),
-                                QStringLiteral("CREATE=") + m_dir.path(),
-                                QStringLiteral("LOG=run.log")});
+        const Run result =
+            run({QStringLiteral("/NOGUI"), QStringLiteral("ODBC=QuilletNoGui"),
+                 QStringLiteral("CREATE=") + m_dir.path(), QStringLiteral("LOG=run.log")});
         QCOMPARE(result.exitCode, 1);
         QVERIFY2(result.standardError.startsWith("Table Creation Error: "),
                  result.standardError.constData());
@@ -187,7 +186,8 @@ private Q_SLOTS:
             store.setValue(QStringLiteral("Preferences/KeepLog"), QStringLiteral("Yes"));
             store.setValue(QStringLiteral("Preferences/LogFile"), preferred);
         }
-        const Run fromPreferences = run({QStringLiteral("/NOGUI")}, QStringLiteral("preferred.log"));
+        const Run fromPreferences =
+            run({QStringLiteral("/NOGUI")}, QStringLiteral("preferred.log"));
         QCOMPARE(fromPreferences.exitCode, 0);
         QCOMPARE(messages(fromPreferences.log),
                  (QList<QByteArray>{StartBanner, "no Data Source specified.", EndBanner}));
@@ -198,8 +198,7 @@ private Q_SLOTS:
         QFile log(preferred);
         QVERIFY(!log.exists());
 
-        QSettings store(path(QStringLiteral("config/Marrowby/Quillet.conf")),
-                        QSettings::IniFormat);
+        QSettings store(path(QStringLiteral("config/Marrowby/Quillet.conf")), QSettings::IniFormat);
         store.remove(QStringLiteral("Preferences"));
     }
 
@@ -211,9 +210,9 @@ private Q_SLOTS:
         QTest::newRow("unknown data source")
             << QStringList{"/NOGUI", "ODBC=NoSuchDsn", "SQL=select 1", "LOG=run.log"}
             << QByteArray("Data source name not found");
-        QTest::newRow("bad SQL")
-            << QStringList{"/NOGUI", "ODBC=QuilletNoGui", "SQL=selec * fro ASSETS", "LOG=run.log"}
-            << QByteArray("syntax error");
+        QTest::newRow("bad SQL") << QStringList{"/NOGUI", "ODBC=QuilletNoGui",
+                                                "SQL=selec * fro ASSETS", "LOG=run.log"}
+                                 << QByteArray("syntax error");
         QTest::newRow("unknown table")
             << QStringList{"/NOGUI", "ODBC=QuilletNoGui", "SQL=select * from NOPE", "LOG=run.log"}
             << QByteArray("no such table");
@@ -234,7 +233,8 @@ private Q_SLOTS:
         QCOMPARE(logged.first(), StartBanner);
         QCOMPARE(logged.last(), EndBanner);
         if (expectedMessage.isEmpty()) {
-            QCOMPARE(logged, (QList<QByteArray>{StartBanner, "no Data Source specified.", EndBanner}));
+            QCOMPARE(logged,
+                     (QList<QByteArray>{StartBanner, "no Data Source specified.", EndBanner}));
             QCOMPARE(result.exitCode, 0);
             QCOMPARE(result.standardError, QByteArray());
             return;
@@ -269,11 +269,10 @@ private Q_SLOTS:
             if (!server.isAvailable())
                 continue;
             ranOne = true;
-            const Run result = run({QStringLiteral("/NOGUI"), QStringLiteral("ODBC=") + server.dsn,
-                                    QStringLiteral("USER=") + server.user,
-                                    QStringLiteral("PWD=") + server.password,
-                                    QStringLiteral("SQL=select 1 as ONE"),
-                                    QStringLiteral("LOG=run.log")});
+            const Run result = run(
+                {QStringLiteral("/NOGUI"), QStringLiteral("ODBC=") + server.dsn,
+                 QStringLiteral("USER=") + server.user, QStringLiteral("PWD=") + server.password,
+                 QStringLiteral("SQL=select 1 as ONE"), QStringLiteral("LOG=run.log")});
             QVERIFY2(result.exitCode == 0, result.standardError.constData());
             QCOMPARE(messages(result.log), (QList<QByteArray>{StartBanner, EndBanner}));
             QCOMPARE(lastConnection(QStringLiteral("DSN")), server.dsn);

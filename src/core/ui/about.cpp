@@ -21,12 +21,12 @@ TAboutForm::TAboutForm(QWidget* parent) : QDialog(parent) {
     const QString version = QStringLiteral(QUILLET_VERSION);
     layout->addWidget(new QLabel(Translate(QStringLiteral("Version $VERSION$"), 0,
                                            {{QStringLiteral("$VERSION$"), version}})));
-    layout->addWidget(new QLabel(Translate(QStringLiteral("Qt $VERSION$"), 0,
-                                           {{QStringLiteral("$VERSION$"),
-                                             QLatin1String(qVersion())}})));
-    layout->addWidget(new QLabel(Translate(QStringLiteral("ODBC driver manager $VERSION$"), 0,
-                                           {{QStringLiteral("$VERSION$"),
-                                             db::odbc::DriverManagerVersion()}})));
+    layout->addWidget(
+        new QLabel(Translate(QStringLiteral("Qt $VERSION$"), 0,
+                             {{QStringLiteral("$VERSION$"), QLatin1String(qVersion())}})));
+    layout->addWidget(
+        new QLabel(Translate(QStringLiteral("ODBC driver manager $VERSION$"), 0,
+                             {{QStringLiteral("$VERSION$"), db::odbc::DriverManagerVersion()}})));
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, this);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     layout->addWidget(buttons);

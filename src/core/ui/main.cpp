@@ -99,9 +99,9 @@ TfmMain::TfmMain(const QString& rawCommandLine, QWidget* parent) : QMainWindow(p
 
     m_parameterPrompt = [this](const QString& name) -> std::optional<QString> {
         bool ok = false;
-        const QString value = QInputDialog::getText(
-            this, Translate(QStringLiteral("Enter parameter for:")), name, QLineEdit::Normal,
-            QString(), &ok);
+        const QString value =
+            QInputDialog::getText(this, Translate(QStringLiteral("Enter parameter for:")), name,
+                                  QLineEdit::Normal, QString(), &ok);
         return ok ? std::optional<QString>(value) : std::nullopt;
     };
 
@@ -133,8 +133,8 @@ void TfmMain::createActions() {
     ActionExecute->setShortcut(Qt::Key_F5);
     connect(ActionExecute, &QAction::triggered, this, &TfmMain::ActionExecuteExecute);
 
-    ViewEditForm = createAction("ViewEditForm", QStringLiteral("&Edit"),
-                                QStringLiteral("Edit Assets"));
+    ViewEditForm =
+        createAction("ViewEditForm", QStringLiteral("&Edit"), QStringLiteral("Edit Assets"));
     ViewDetails = createAction("ViewDetails", QStringLiteral("&Details"),
                                QStringLiteral("Details of current Connection & Query"));
     connect(ViewDetails, &QAction::triggered, this, &TfmMain::ViewDetailsExecute);
@@ -206,7 +206,9 @@ void TfmMain::runStartupSteps(const QString& rawCommandLine) {
     RunQuery();
 }
 
-void TfmMain::loadPreferences() { core::LoadPreferences(m_preferences); }
+void TfmMain::loadPreferences() {
+    core::LoadPreferences(m_preferences);
+}
 
 void TfmMain::applyCommandLine(const QString& rawCommandLine, StartupOptions& options) {
     core::CommandLineValues values;
@@ -346,9 +348,13 @@ void TfmMain::executeQuery(const ExecutedQuery& query) {
         ViewQuery->setSortText(sortText);
 }
 
-void TfmMain::closeQuery() { ViewQuery->close(); }
+void TfmMain::closeQuery() {
+    ViewQuery->close();
+}
 
-bool TfmMain::queryIsOpen() const { return ViewQuery->isOpen(); }
+bool TfmMain::queryIsOpen() const {
+    return ViewQuery->isOpen();
+}
 
 void TfmMain::applyIdColumnVisibility() {
     if (!m_editableAssets || !m_grid)
@@ -361,9 +367,9 @@ void TfmMain::applyIdColumnVisibility() {
 void TfmMain::showRecordCount() {
     if (!queryIsOpen())
         return;
-    SetStatusText(Translate(QStringLiteral("There are $RECORDCOUNT$ record(s) in the dataset"), 0,
-                            {{QStringLiteral("$RECORDCOUNT$"),
-                              QString::number(ViewQuery->recordCount())}}));
+    SetStatusText(
+        Translate(QStringLiteral("There are $RECORDCOUNT$ record(s) in the dataset"), 0,
+                  {{QStringLiteral("$RECORDCOUNT$"), QString::number(ViewQuery->recordCount())}}));
 }
 
 void TfmMain::rememberConnection() {
@@ -498,8 +504,8 @@ void TfmMain::reportError(const QString& message) {
 void TfmMain::updateActions() {
     ActionExecute->setEnabled(!m_dataSourceName.isEmpty() && !m_sqlText.isEmpty());
     const bool detailsShown = m_details && m_details->isVisible();
-    ViewDetails->setText(Translate(detailsShown ? QStringLiteral("Hide &Details")
-                                                : QStringLiteral("&Details")));
+    ViewDetails->setText(
+        Translate(detailsShown ? QStringLiteral("Hide &Details") : QStringLiteral("&Details")));
     ViewEditForm->setText(Translate(QStringLiteral("&Edit")));
     // No record editor in this version; the button waits for it.
     ViewEditForm->setEnabled(false);
@@ -508,9 +514,13 @@ void TfmMain::updateActions() {
     ActionAddColumn->setEnabled(false);
 }
 
-QString TfmMain::statusText() const { return StatusBar->text(); }
+QString TfmMain::statusText() const {
+    return StatusBar->text();
+}
 
-void TfmMain::SetStatusText(const QString& text) { StatusBar->setText(text); }
+void TfmMain::SetStatusText(const QString& text) {
+    StatusBar->setText(text);
+}
 
 void TfmMain::closeEvent(QCloseEvent* event) {
     if (queryIsOpen() && m_grid)
@@ -518,9 +528,13 @@ void TfmMain::closeEvent(QCloseEvent* event) {
     event->accept();
 }
 
-void TfmMain::ExitActionExecute() { close(); }
+void TfmMain::ExitActionExecute() {
+    close();
+}
 
-void TfmMain::ActionExecuteExecute() { RunQuery(); }
+void TfmMain::ActionExecuteExecute() {
+    RunQuery();
+}
 
 void TfmMain::ViewDetailsExecute() {
     if (!m_details)
@@ -534,7 +548,9 @@ void TfmMain::ActionSQLWizardExecute() {
     ShowSqlWizard(this, m_dataSourceName, m_userName, m_password);
 }
 
-void TfmMain::ActionHelpContentsExecute() { ShowHelpContents(this); }
+void TfmMain::ActionHelpContentsExecute() {
+    ShowHelpContents(this);
+}
 
 void TfmMain::ActionPrefExecute() {
     TPreferences dialog(this);
@@ -542,7 +558,9 @@ void TfmMain::ActionPrefExecute() {
         loadPreferences();
 }
 
-void TfmMain::setAboutForm(TAboutForm* aboutForm) { m_aboutForm = aboutForm; }
+void TfmMain::setAboutForm(TAboutForm* aboutForm) {
+    m_aboutForm = aboutForm;
+}
 
 void TfmMain::ActionAboutExecute() {
     if (m_aboutForm)

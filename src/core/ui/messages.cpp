@@ -9,11 +9,17 @@ bool unattended = false;
 bool errorShown = false;
 } // namespace
 
-void SetUnattended(bool value) { unattended = value; }
+void SetUnattended(bool value) {
+    unattended = value;
+}
 
-bool IsUnattended() { return unattended; }
+bool IsUnattended() {
+    return unattended;
+}
 
-bool ErrorWasShown() { return errorShown; }
+bool ErrorWasShown() {
+    return errorShown;
+}
 
 QMessageBox::StandardButton ShowMessage(QWidget* parent, QMessageBox::Icon icon,
                                         const QString& title, const QString& text,

@@ -12,11 +12,10 @@ bool IsUnattended();
 // True once an error box (a critical one) has been shown.
 bool ErrorWasShown();
 
-QMessageBox::StandardButton ShowMessage(QWidget* parent, QMessageBox::Icon icon,
-                                        const QString& title, const QString& text,
-                                        QMessageBox::StandardButtons buttons = QMessageBox::Ok,
-                                        QMessageBox::StandardButton defaultButton =
-                                            QMessageBox::Ok);
+QMessageBox::StandardButton
+ShowMessage(QWidget* parent, QMessageBox::Icon icon, const QString& title, const QString& text,
+            QMessageBox::StandardButtons buttons = QMessageBox::Ok,
+            QMessageBox::StandardButton defaultButton = QMessageBox::Ok);
 
 // The box of a failed operation: OK only, the title already translated by the caller.
 void ShowError(QWidget* parent, const QString& title, const QString& text);
