@@ -5,6 +5,7 @@
 #include "translation/translate.h"
 
 #include <QApplication>
+#include <QFontDatabase>
 
 #include <cstdio>
 #include <cstdlib>
@@ -22,7 +23,7 @@ public:
         try {
             return QApplication::notify(receiver, event);
         } catch (const std::exception& error) {
-            showFatal(QString::fromLocal8Bit(error.what()));
+            showFatal(QString::fromUtf8(error.what()));
         } catch (...) {
             showFatal(QStringLiteral("Unknown error"));
         }
@@ -62,6 +63,17 @@ void prepareUnattendedRun(const QString& rawCommandLine) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
 }
 
+// The language's dialog font, where it is installed; otherwise the desktop's own.
+void useDialogFont(QApplication& application) {
+    const QString family =
+        translation::FontFamilyToUse(translation::DialogFont(), QFontDatabase::families());
+    if (family.isEmpty())
+        return;
+    QFont font = QApplication::font();
+    font.setFamily(family);
+    application.setFont(font);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -69,6 +81,7 @@ int main(int argc, char** argv) {
     prepareUnattendedRun(rawCommandLine);
     QuilletApplication application(argc, argv);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillet"));
+    useDialogFont(application);
     try {
         ui::TfmMain fmMain(rawCommandLine);
         ui::TAboutForm aboutForm(&fmMain);
@@ -78,7 +91,7 @@ int main(int argc, char** argv) {
         const int status = application.exec();
         return ui::IsUnattended() && ui::ErrorWasShown() ? EXIT_FAILURE : status;
     } catch (const std::exception& error) {
-        QuilletApplication::showFatal(QString::fromLocal8Bit(error.what()));
+        QuilletApplication::showFatal(QString::fromUtf8(error.what()));
     }
     return EXIT_FAILURE;
 }

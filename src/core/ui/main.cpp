@@ -25,7 +25,6 @@
 #include <QMenuBar>
 #include <QScreen>
 #include <QStatusBar>
-#include <QTableView>
 #include <QVBoxLayout>
 
 #include <stdexcept>
@@ -65,15 +64,6 @@ QString readLastConnection(const char* valueName, const QString& current) {
 }
 
 } // namespace
-
-// The start-up locals: what the command line asks of this run beyond the connection.
-struct TfmMain::StartupOptions {
-    bool create = false;
-    QString tableDefinitionPath = QStringLiteral("table.def");
-    QString assetTypeFile;
-    QString delimiter = QStringLiteral(";");
-    int startRow = 1;
-};
 
 TfmMain::TfmMain(const QString& rawCommandLine, QWidget* parent) : QMainWindow(parent) {
     setObjectName(QStringLiteral("fmMain"));
@@ -180,7 +170,7 @@ void TfmMain::FormCreate(const QString& rawCommandLine) {
     try {
         runStartupSteps(rawCommandLine);
     } catch (const std::exception& error) {
-        reportError(QString::fromLocal8Bit(error.what()));
+        reportError(QString::fromUtf8(error.what()));
     }
     if (m_noGui)
         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
@@ -188,8 +178,7 @@ void TfmMain::FormCreate(const QString& rawCommandLine) {
 
 void TfmMain::runStartupSteps(const QString& rawCommandLine) {
     loadPreferences();
-    StartupOptions options;
-    applyCommandLine(rawCommandLine, options);
+    const core::CommandLineValues options = applyCommandLine(rawCommandLine);
     core::LogLine(StartBanner);
     if (m_noGui)
         setAttribute(Qt::WA_DontShowOnScreen);
@@ -210,7 +199,7 @@ void TfmMain::loadPreferences() {
     core::LoadPreferences(m_preferences);
 }
 
-void TfmMain::applyCommandLine(const QString& rawCommandLine, StartupOptions& options) {
+core::CommandLineValues TfmMain::applyCommandLine(const QString& rawCommandLine) {
     core::CommandLineValues values;
     core::ParseCommandLine(rawCommandLine, values);
     m_dataSourceName = values.dataSourceName;
@@ -224,16 +213,12 @@ void TfmMain::applyCommandLine(const QString& rawCommandLine, StartupOptions& op
         setWindowTitle(m_title);
         QGuiApplication::setApplicationDisplayName(m_title);
     }
-    options.create = values.create;
-    options.tableDefinitionPath = values.tableDefinitionPath;
-    options.assetTypeFile = values.assetTypeFile;
-    options.delimiter = values.delimiter;
-    options.startRow = values.startRow;
     if (values.logFilePath && !core::SetLogFilePath(*values.logFilePath))
         throw std::runtime_error(
             Translate(QStringLiteral("The log file path is longer than 255 characters."))
                 .toStdString());
     updateActions();
+    return values;
 }
 
 void TfmMain::createGridPanel() {
@@ -263,13 +248,13 @@ void TfmMain::processTableDefinition(const QString& path) {
     try {
         schema::ProcessTableDefinitionFile(ASSETS.connection(), ASSETS.dialect(), path);
     } catch (const std::exception& error) {
-        const QString message = QString::fromLocal8Bit(error.what());
+        const QString message = QString::fromUtf8(error.what());
         logQuietly(message);
         ShowError(this, Translate(QStringLiteral("Table Creation Error")), message);
     }
 }
 
-void TfmMain::importAssetTypes(const StartupOptions& options) {
+void TfmMain::importAssetTypes(const core::CommandLineValues& options) {
     if (options.assetTypeFile.isEmpty())
         return;
     throw std::runtime_error(
@@ -294,12 +279,12 @@ void TfmMain::RunQuery() {
     try {
         if (m_dataSourceName != oldDataSource || m_userName != oldUser ||
             m_password != oldPassword || !ASSETS.isOpen())
-            ASSETS.connect(m_password, m_userName, m_dataSourceName, m_databaseType);
+            connectDatabase();
         runAnalysedQuery();
     } catch (const std::exception& error) {
         closeQuery();
         m_editableAssets = false;
-        reportError(QString::fromLocal8Bit(error.what()));
+        reportError(QString::fromUtf8(error.what()));
     }
     updateActions();
 }
@@ -424,7 +409,7 @@ void TfmMain::RefreshQuery() {
         ViewQuery->waitForAllRows();
         locateRow(id.isNull() ? row : rowWithId(idIndex, id));
     } catch (const std::exception& error) {
-        reportError(QString::fromLocal8Bit(error.what()));
+        reportError(QString::fromUtf8(error.what()));
     }
 }
 
@@ -451,14 +436,14 @@ qint64 TfmMain::DispatchCommand(int command, const QVariant& argument) {
                 RefreshQuery();
             applyIdColumnVisibility();
         } catch (const std::exception& error) {
-            reportError(QString::fromLocal8Bit(error.what()));
+            reportError(QString::fromUtf8(error.what()));
         }
         return 0;
     case core::CMD_EXECUTE_SQL:
         try {
             return ASSETS.connection().execute(argument.toString());
         } catch (const std::exception& error) {
-            logQuietly(QString::fromLocal8Bit(error.what()));
+            logQuietly(QString::fromUtf8(error.what()));
             return -1;
         }
     case core::CMD_SYNC_EDITOR:
@@ -554,8 +539,11 @@ void TfmMain::ActionHelpContentsExecute() {
 
 void TfmMain::ActionPrefExecute() {
     TPreferences dialog(this);
-    if (dialog.exec() == QDialog::Accepted)
-        loadPreferences();
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    loadPreferences();
+    if (queryIsOpen())
+        applyIdColumnVisibility();
 }
 
 void TfmMain::setAboutForm(TAboutForm* aboutForm) {

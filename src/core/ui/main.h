@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/commandline.h"
 #include "core/commands.h"
 #include "core/preferences.h"
 #include "db/assetsconnection.h"
@@ -60,7 +61,6 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    struct StartupOptions;
     // The statement last run, as the driver got it, with the parameter values given.
     struct ExecutedQuery {
         QString driverText;
@@ -70,13 +70,15 @@ private:
     void FormCreate(const QString& rawCommandLine);
     void runStartupSteps(const QString& rawCommandLine);
     void loadPreferences();
-    void applyCommandLine(const QString& rawCommandLine, StartupOptions& options);
+    // Takes the connection inputs from the command line; the rest is what it asks of
+    // this start-up.
+    core::CommandLineValues applyCommandLine(const QString& rawCommandLine);
     void createActions();
     QAction* createAction(const char* name, const QString& caption, const QString& hint = {});
     void createGridPanel();
     void connectDatabase();
     void processTableDefinition(const QString& path);
-    void importAssetTypes(const StartupOptions& options);
+    void importAssetTypes(const core::CommandLineValues& options);
 
     void runAnalysedQuery();
     ExecutedQuery prepareQuery(const QString& sqlText);
