@@ -32,7 +32,8 @@ constexpr std::chrono::milliseconds CancelAfter{200};
 
 QString hexPreview(QByteArrayView bytes) {
     constexpr qsizetype Shown = 32;
-    QString text = QString::fromLatin1(bytes.first(std::min(bytes.size(), Shown)).toByteArray().toHex(' '));
+    QString text =
+        QString::fromLatin1(bytes.first(std::min(bytes.size(), Shown)).toByteArray().toHex(' '));
     if (bytes.size() > Shown)
         text += QStringLiteral(" ...");
     return text + QStringLiteral(" (%1 bytes)").arg(bytes.size());
@@ -127,7 +128,14 @@ void ResultTableModel::open(db::odbc::Statement&& executed) {
 void ResultTableModel::readRest(ResultTableModel* model, std::shared_ptr<Fetch> fetch,
                                 qsizetype total) {
     RowBlockBuilder builder(fetch->columnCount);
-    std::vector<db::odbc::Row> rows;
+    // Values go from the driver's buffers straight into the block.
+    struct Sink : db::odbc::RowSink {
+        explicit Sink(RowBlockBuilder& builder) : builder(builder) {}
+        void addRow(const std::vector<db::odbc::ValueView>& values) override {
+            builder.addViews(values);
+        }
+        RowBlockBuilder& builder;
+    } sink(builder);
     QElapsedTimer sincePublished;
     sincePublished.start();
 
@@ -153,17 +161,15 @@ void ResultTableModel::readRest(ResultTableModel* model, std::shared_ptr<Fetch> 
         for (;;) {
             if (fetch->stop.load())
                 break;
-            rows.clear();
-            const bool more = fetch->statement.fetchBlock(rows);
-            if (total + qsizetype(rows.size()) > MaxRows) {
+            const qsizetype before = builder.rowCount();
+            const bool more = fetch->statement.fetchBlock(sink);
+            total += builder.rowCount() - before;
+            if (total > MaxRows - ResultTableModel::FirstBlockRows) {
                 error = QStringLiteral("The result has more rows than the grid can show; "
                                        "the first %1 are shown.")
                             .arg(total);
                 break;
             }
-            for (const db::odbc::Row& row : rows)
-                builder.addRow(row);
-            total += qsizetype(rows.size());
             if (!more)
                 break;
             if (builder.rowCount() >= PublishRows || builder.textBytes() >= PublishBytes ||
@@ -208,6 +214,9 @@ void ResultTableModel::takeArrivedBlocks(quint64 generation) {
         for (auto& block : blocks)
             m_store.append(std::move(block));
         endInsertRows();
+        // A view may have closed or replaced the result in the meantime.
+        if (!m_fetch || m_fetch->generation != generation)
+            return;
     }
     if (done)
         finishFetch(error);
@@ -229,7 +238,9 @@ void ResultTableModel::finishFetch(const QString& error) {
     }
 }
 
-bool ResultTableModel::isFetching() const { return m_fetch != nullptr; }
+bool ResultTableModel::isFetching() const {
+    return m_fetch != nullptr;
+}
 
 void ResultTableModel::waitForAllRows() {
     if (m_fetch) {
@@ -257,7 +268,9 @@ void ResultTableModel::stopFetch() {
     m_fetch.reset(); // closes the statement's result
 }
 
-void ResultTableModel::close() { closeResult(true); }
+void ResultTableModel::close() {
+    closeResult(true);
+}
 
 void ResultTableModel::closeResult(bool announce) {
     ++m_generation;
@@ -310,9 +323,9 @@ void ResultTableModel::setSortText(const QString& sortText) {
     }
     m_sortColumn = column;
     m_sortDescending = request->descending;
-    m_sortText = QStringLiteral("[%1] %2").arg(
-        m_fields[size_t(column)].name,
-        request->descending ? QStringLiteral("DESC") : QStringLiteral("ASC"));
+    m_sortText = QStringLiteral("[%1] %2").arg(m_fields[size_t(column)].name,
+                                               request->descending ? QStringLiteral("DESC")
+                                                                   : QStringLiteral("ASC"));
     startSort();
 }
 
@@ -380,8 +393,7 @@ void ResultTableModel::setOrder(std::vector<quint32> order, std::vector<quint32>
     QModelIndexList after;
     after.reserve(before.size());
     for (qsizetype index = 0; index < before.size(); ++index)
-        after.append(this->index(rowOfBookmark(bookmarks[size_t(index)]),
-                                 before[index].column()));
+        after.append(this->index(rowOfBookmark(bookmarks[size_t(index)]), before[index].column()));
     changePersistentIndexList(before, after);
     Q_EMIT layoutChanged({}, QAbstractItemModel::VerticalSortHint);
 }

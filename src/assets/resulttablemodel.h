@@ -12,16 +12,20 @@
 //
 // Threads. The statement belongs to the worker from open() until the fetch ends or
 // close() stops it. The connection it was made on stays usable on the interface thread
-// meanwhile: the ODBC driver manager serializes calls on one connection (unixODBC's
-// default threading level), so another statement on it simply waits for the fetch call
-// in progress, which reads one block at most. Whether rows really stream depends on the
-// data source: SQLite's driver needs StepAPI=1, psqlODBC UseDeclareFetch=1, and
-// MariaDB's driver reads the whole result when the statement is executed.
+// meanwhile, so calls reach it from two threads. unixODBC does not serialize them unless
+// odbcinst.ini sets Threading for the driver (its default is 0, no locking); the drivers
+// this program is tested with cope: psqlODBC and MariaDB's lock each connection, and
+// SQLite serializes calls on a database handle (test_resulttablemodel runs statements on
+// the connection while the grid fills, on all three). SQLCancel is the exception for
+// SQLite's driver: see close(). Whether rows really stream depends on the data source:
+// SQLite's driver needs StepAPI=1, psqlODBC UseDeclareFetch=1, and MariaDB's driver reads
+// the whole result when the statement is executed.
 //
 // Notifications from the worker and from sorting carry a generation token: whatever
 // was on its way from an earlier result is dropped once close() or open() has run.
-// At most one notification is pending at a time, so a million rows cost a handful of
-// events, not one per block.
+// The worker sends blocks of a few thousand rows, and at most one notification is
+// pending at a time: however fast rows come, the event loop sees one event per batch of
+// blocks it has not yet taken, a few hundred for a million rows.
 //
 // Sorting (setSortText) orders the whole result by the field's type (see sortkeys.h)
 // on a thread of the model's own; the new order replaces the old one in one layout

@@ -1,78 +1,94 @@
 #include "assets/rowstore.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <stdexcept>
 
 namespace assets {
 
 qsizetype RowBlock::memoryBytes() const {
-    const size_t slots = size_t(m_rowCount) * size_t(m_columnCount);
-    return qsizetype(sizeof(RowBlock)) + m_textBytes + qsizetype(slots * sizeof(quint32)) +
-           qsizetype((slots + 63) / 64 * sizeof(quint64));
+    return qsizetype(sizeof(RowBlock) + m_bytes.capacity() + m_ends.capacity() * sizeof(quint32) +
+                     m_nulls.capacity() * sizeof(quint64));
 }
 
 // ---------------------------------------------------------------------------------
 
-RowBlockBuilder::RowBlockBuilder(int columnCount)
-    : m_columnCount(std::max(0, columnCount)), m_columns(size_t(m_columnCount)) {}
+RowBlockBuilder::RowBlockBuilder(int columnCount) : m_columnCount(std::max(0, columnCount)) {}
 
-void RowBlockBuilder::appendValue(Column& column, const QByteArray& value) {
-    const size_t row = column.lengths.size();
-    if (row % 64 == 0)
-        column.nulls.push_back(0);
-    if (value.isNull())
-        column.nulls.back() |= quint64(1) << (row % 64);
+void RowBlockBuilder::appendValue(QByteArrayView value, bool isNull) {
+    const size_t slot = m_ends.size();
+    if (slot % 64 == 0)
+        m_nulls.push_back(0);
+    if (isNull)
+        m_nulls.back() |= quint64(1) << (slot % 64);
     else
-        column.bytes.insert(column.bytes.end(), value.constData(),
-                            value.constData() + value.size());
-    column.lengths.push_back(value.isNull() ? 0 : quint32(value.size()));
+        m_bytes.insert(m_bytes.end(), value.data(), value.data() + value.size());
+    m_ends.push_back(quint32(m_bytes.size()));
+}
+
+template <typename Values, typename Bytes, typename Null>
+void RowBlockBuilder::appendRow(const Values& row, Bytes bytes, Null isNull) {
+    qsizetype total = 0;
+    const size_t given = std::min(row.size(), size_t(m_columnCount));
+    for (size_t index = 0; index < given; ++index)
+        total += bytes(row[index]).size();
+    if (m_textBytes + total > qsizetype(std::numeric_limits<quint32>::max()))
+        throw std::length_error("a row block cannot hold more than 4 GiB");
+    if (m_rowCount == 0)
+        reserveNext();
+    for (size_t index = 0; index < given; ++index)
+        appendValue(bytes(row[index]), isNull(row[index]));
+    for (size_t index = given; index < size_t(m_columnCount); ++index)
+        appendValue(QByteArrayView(), true);
+    m_textBytes += total;
+    ++m_rowCount;
 }
 
 void RowBlockBuilder::addRow(const db::odbc::Row& row) {
-    qsizetype bytes = 0;
-    const size_t given = std::min(row.size(), size_t(m_columnCount));
-    for (size_t index = 0; index < given; ++index)
-        bytes += row[index].size();
-    if (m_textBytes + bytes > qsizetype(std::numeric_limits<quint32>::max()))
-        throw std::length_error("a row block cannot hold more than 4 GiB");
-    static const QByteArray null;
-    for (size_t index = 0; index < size_t(m_columnCount); ++index)
-        appendValue(m_columns[index], index < given ? row[index] : null);
-    m_textBytes += bytes;
-    ++m_rowCount;
+    appendRow(
+        row, [](const QByteArray& value) { return QByteArrayView(value); },
+        [](const QByteArray& value) { return value.isNull(); });
+}
+
+void RowBlockBuilder::addViews(const std::vector<db::odbc::ValueView>& row) {
+    appendRow(
+        row, [](const db::odbc::ValueView& value) { return value.bytes; },
+        [](const db::odbc::ValueView& value) { return value.isNull; });
+}
+
+void RowBlockBuilder::reserveNext() {
+    if (m_lastRows == 0)
+        return;
+    // As many rows as last time, with a little room for longer values.
+    const size_t slots = size_t(m_lastRows) * size_t(m_columnCount);
+    m_bytes.reserve(size_t(m_lastBytes + m_lastBytes / 16 + 64));
+    m_ends.reserve(slots);
+    m_nulls.reserve((slots + 63) / 64);
 }
 
 std::shared_ptr<const RowBlock> RowBlockBuilder::finish() {
     if (m_rowCount == 0)
         return nullptr;
     std::shared_ptr<RowBlock> block(new RowBlock);
-    const size_t rows = size_t(m_rowCount);
-    const size_t slots = rows * size_t(m_columnCount);
     block->m_rowCount = m_rowCount;
     block->m_columnCount = m_columnCount;
     block->m_textBytes = m_textBytes;
-    block->m_bytes = std::make_unique_for_overwrite<char[]>(size_t(std::max<qsizetype>(
-        m_textBytes, 1)));
-    block->m_ends = std::make_unique_for_overwrite<quint32[]>(std::max<size_t>(slots, 1));
-    block->m_nulls = std::make_unique<quint64[]>(std::max<size_t>((slots + 63) / 64, 1));
-    quint32 end = 0;
-    size_t slot = 0;
-    for (Column& column : m_columns) {
-        if (!column.bytes.empty())
-            std::memcpy(block->m_bytes.get() + end, column.bytes.data(), column.bytes.size());
-        for (size_t row = 0; row < rows; ++row, ++slot) {
-            end += column.lengths[row];
-            block->m_ends[slot] = end;
-            if ((column.nulls[row / 64] >> (row % 64)) & 1u)
-                block->m_nulls[slot / 64] |= quint64(1) << (slot % 64);
-        }
-        // Capacity stays for the next block.
-        column.bytes.clear();
-        column.lengths.clear();
-        column.nulls.clear();
-    }
+    // Capacity beyond an eighth of what is used is given back.
+    auto tight = [](auto& vector) {
+        if (vector.capacity() - vector.size() > vector.size() / 8)
+            vector.shrink_to_fit();
+    };
+    tight(m_bytes);
+    tight(m_ends);
+    tight(m_nulls);
+    block->m_bytes = std::move(m_bytes);
+    block->m_ends = std::move(m_ends);
+    block->m_nulls = std::move(m_nulls);
+    m_lastRows = m_rowCount;
+    m_lastBytes = m_textBytes;
+    m_bytes = {};
+    m_ends = {};
+    m_nulls = {};
     m_rowCount = 0;
     m_textBytes = 0;
     return block;
@@ -112,9 +128,8 @@ RowStore::Location RowStore::locate(qsizetype row) const {
     size_t index = m_lastBlock;
     if (index >= m_blocks.size() || row < m_starts[index] ||
         row >= m_starts[index] + m_blocks[index]->rowCount()) {
-        index = size_t(std::upper_bound(m_starts.begin(), m_starts.end(), row) -
-                       m_starts.begin()) -
-                1;
+        index =
+            size_t(std::upper_bound(m_starts.begin(), m_starts.end(), row) - m_starts.begin()) - 1;
         m_lastBlock = index;
     }
     return {m_blocks[index].get(), row - m_starts[index]};

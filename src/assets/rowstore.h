@@ -2,9 +2,9 @@
 
 // Compact storage for the rows of one query result.
 //
-// Rows are kept in blocks. A block holds the values of a run of rows column by column:
-// one byte arena with every value's bytes back to back, one 32-bit end offset per value
-// and one bit per value for NULL. A value costs its own bytes plus about four, instead
+// Rows are kept in blocks. A block holds the values of a run of rows: one byte arena with
+// every value's bytes back to back, row by row, one 32-bit end offset per value and one
+// bit per value for NULL. A value costs its own bytes plus about four, instead
 // of a heap object per value, so that a million-row result needs little more memory than
 // its text. Blocks never change once built and are shared by pointer: a copy of a store
 // is cheap and can be read on another thread while the original grows.
@@ -32,7 +32,7 @@ public:
     QByteArrayView value(qsizetype row, int column) const {
         const size_t slot = this->slot(row, column);
         const quint32 begin = slot == 0 ? 0 : m_ends[slot - 1];
-        return QByteArrayView(m_bytes.get() + begin, qsizetype(m_ends[slot] - begin));
+        return QByteArrayView(m_bytes.data() + begin, qsizetype(m_ends[slot] - begin));
     }
     // Bytes of all values together.
     qsizetype textBytes() const { return m_textBytes; }
@@ -44,15 +44,15 @@ private:
     RowBlock() = default;
 
     size_t slot(qsizetype row, int column) const {
-        return size_t(column) * size_t(m_rowCount) + size_t(row);
+        return size_t(row) * size_t(m_columnCount) + size_t(column);
     }
 
     qsizetype m_rowCount = 0;
     int m_columnCount = 0;
     qsizetype m_textBytes = 0;
-    std::unique_ptr<char[]> m_bytes;
-    std::unique_ptr<quint32[]> m_ends;  // end of each value in m_bytes, column by column
-    std::unique_ptr<quint64[]> m_nulls; // one bit per value, same order
+    std::vector<char> m_bytes;
+    std::vector<quint32> m_ends;  // end of each value in m_bytes, row by row
+    std::vector<quint64> m_nulls; // one bit per value, same order
 };
 
 // Collects rows and turns them into a block. Not thread-safe; one builder per producer.
@@ -68,6 +68,8 @@ public:
     // Appends one row; a null QByteArray is NULL. Missing trailing values are NULL and
     // surplus ones are ignored.
     void addRow(const db::odbc::Row& row);
+    // The same for values as a RowSink receives them.
+    void addViews(const std::vector<db::odbc::ValueView>& row);
 
     // The rows collected so far as a block (nullptr when there are none); the builder
     // starts over, keeping its column count.
@@ -77,18 +79,21 @@ public:
     static constexpr qsizetype MaxBlockBytes = qsizetype(1) << 30;
 
 private:
-    struct Column {
-        std::vector<char> bytes;
-        std::vector<quint32> lengths;
-        std::vector<quint64> nulls;
-    };
-
-    void appendValue(Column& column, const QByteArray& value);
+    void appendValue(QByteArrayView value, bool isNull);
+    template <typename Values, typename Bytes, typename Null>
+    void appendRow(const Values& row, Bytes bytes, Null isNull);
+    void reserveNext();
 
     int m_columnCount = 0;
     qsizetype m_rowCount = 0;
     qsizetype m_textBytes = 0;
-    std::vector<Column> m_columns;
+    // Handed to the block as they are by finish(); room for the next block is reserved
+    // from the size of the last one, so that blocks seldom carry unused capacity.
+    std::vector<char> m_bytes;
+    std::vector<quint32> m_ends;
+    std::vector<quint64> m_nulls;
+    qsizetype m_lastRows = 0;
+    qsizetype m_lastBytes = 0;
 };
 
 // The rows of a result in arrival order, as a list of blocks.

@@ -1,5 +1,6 @@
 #include "assets/sortkeys.h"
 
+#include <QHash>
 #include <QtEndian>
 
 #include <algorithm>
@@ -66,7 +67,9 @@ quint64 orderedDouble(double value) {
     return (bits & SignBit) ? ~bits : bits | SignBit;
 }
 
-quint64 orderedInteger(qint64 value) { return quint64(value) ^ SignBit; }
+quint64 orderedInteger(qint64 value) {
+    return quint64(value) ^ SignBit;
+}
 
 QByteArrayView trimmedAscii(QByteArrayView text) {
     qsizetype begin = 0;
@@ -79,7 +82,9 @@ QByteArrayView trimmedAscii(QByteArrayView text) {
     return text.sliced(begin, end - begin);
 }
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 // Reads exactly `count` digits at `at`.
 bool readDigits(QByteArrayView text, qsizetype& at, int count, int& value) {
@@ -251,12 +256,16 @@ struct TextKey {
 quint64 digitAt(const char* bytes, quint32 length, quint32 depth) {
     unsigned char buffer[8] = {};
     const quint32 count = std::min<quint32>(8, length - depth);
+    if (count == 0)
+        return 0;
     std::memcpy(buffer, bytes + depth, count);
     return qFromBigEndian<quint64>(buffer);
 }
 
 // What is left of the value after `depth` bytes, capped at 9: "more than this digit".
-quint32 restTag(const TextKey& key, quint32 depth) { return std::min<quint32>(key.length - depth, 9); }
+quint32 restTag(const TextKey& key, quint32 depth) {
+    return std::min<quint32>(key.length - depth, 9);
+}
 
 void sortTextKeys(std::vector<TextKey>& keys, bool descending) {
     struct Range {
@@ -306,6 +315,70 @@ void sortTextKeys(std::vector<TextKey>& keys, bool descending) {
             first = last;
         }
     }
+}
+
+// Text with few distinct values (types, makers, places, departments): each distinct
+// value is ranked once, and the rows are then placed by rank in one counting pass that
+// keeps arrival order. Gives up (false, keys untouched) when the values are too varied,
+// which a look at the first rows usually tells at once.
+bool sortTextByRank(std::vector<TextKey>& keys, bool descending) {
+    constexpr size_t MaxDistinct = size_t(1) << 16;
+    constexpr size_t Sample = 4096;
+    const size_t count = keys.size();
+    if (count < 2 * Sample)
+        return false; // the radix sort is quick enough on small inputs
+    // Open addressing: slot holds the index of a distinct value plus one.
+    std::vector<quint32> slots(MaxDistinct * 4, 0);
+    const size_t mask = slots.size() - 1;
+    std::vector<const TextKey*> distinct;
+    std::vector<quint32> rankOf(count); // distinct index for now
+    for (size_t index = 0; index < count; ++index) {
+        const TextKey& key = keys[index];
+        const QByteArrayView value(key.bytes, qsizetype(key.length));
+        size_t slot = size_t(qHash(value)) & mask;
+        for (;;) {
+            const quint32 entry = slots[slot];
+            if (entry == 0) {
+                if (distinct.size() == MaxDistinct ||
+                    (index < Sample && distinct.size() > Sample / 4))
+                    return false;
+                distinct.push_back(&key);
+                slots[slot] = quint32(distinct.size());
+                rankOf[index] = quint32(distinct.size() - 1);
+                break;
+            }
+            const TextKey& other = *distinct[entry - 1];
+            if (other.length == key.length &&
+                (key.length == 0 || std::memcmp(other.bytes, key.bytes, key.length) == 0)) {
+                rankOf[index] = entry - 1;
+                break;
+            }
+            slot = (slot + 1) & mask;
+        }
+    }
+    // Rank the distinct values.
+    std::vector<quint32> byValue(distinct.size());
+    for (size_t index = 0; index < byValue.size(); ++index)
+        byValue[index] = quint32(index);
+    std::sort(byValue.begin(), byValue.end(), [&](quint32 a, quint32 b) {
+        const QByteArrayView x(distinct[a]->bytes, qsizetype(distinct[a]->length));
+        const QByteArrayView y(distinct[b]->bytes, qsizetype(distinct[b]->length));
+        return x.compare(y) < 0;
+    });
+    std::vector<quint32> rank(distinct.size());
+    for (size_t position = 0; position < byValue.size(); ++position)
+        rank[byValue[position]] = quint32(descending ? byValue.size() - 1 - position : position);
+    // Counting sort by rank; the keys are in arrival order, and so stay the rows of a rank.
+    std::vector<size_t> start(distinct.size() + 1, 0);
+    for (size_t index = 0; index < count; ++index)
+        ++start[rank[rankOf[index]] + 1];
+    for (size_t value = 1; value < start.size(); ++value)
+        start[value] += start[value - 1];
+    std::vector<TextKey> sorted(count);
+    for (size_t index = 0; index < count; ++index)
+        sorted[start[rank[rankOf[index]]]++] = keys[index];
+    keys.swap(sorted);
+    return true;
 }
 
 struct ValueKey {
@@ -376,7 +449,8 @@ std::vector<quint32> SortedRows(const RowStore& rows, int column, SortKind kind,
     sortValueKeys(values, descending);
     if (isCancelled(cancelled))
         return {};
-    sortTextKeys(texts, descending);
+    if (!sortTextByRank(texts, descending))
+        sortTextKeys(texts, descending);
     if (isCancelled(cancelled))
         return {};
 

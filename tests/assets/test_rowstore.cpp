@@ -16,7 +16,9 @@ using db::odbc::Row;
 
 namespace {
 
-QByteArray null() { return QByteArray(); }
+QByteArray null() {
+    return QByteArray();
+}
 
 // A store of one block per `blockRows` rows.
 RowStore storeOf(const std::vector<Row>& rows, int columns, qsizetype blockRows) {
@@ -64,8 +66,8 @@ std::vector<quint32> referenceOrder(const Column& values, bool descending, Less 
 QByteArray randomText(QRandomGenerator& random) {
     // Few letters and shared prefixes longer than eight bytes, so that ties and long
     // equal runs are common; now and then a multi-byte character.
-    static const QByteArray prefixes[] = {"", "Hewlett-Packard ", "Hewlett-Packard Enterprise",
-                                          "Lenovo", "Len", "\xc3\x84rger", "A"};
+    static const QByteArray prefixes[] = {
+        "", "Hewlett-Packard ", "Hewlett-Packard Enterprise", "Lenovo", "Len", "\xc3\x84rger", "A"};
     QByteArray text = prefixes[random.bounded(7)];
     const int extra = random.bounded(4);
     for (int index = 0; index < extra; ++index)
@@ -94,7 +96,10 @@ private Q_SLOTS:
         const std::vector<Row> rows = {
             {"1", "plain", null()},
             {"2", "", "\x00\x01\xff"},
-            {null(), QByteArray("Gr\xc3\xbc\xc3\x9f" "e \xf0\x9f\x98\x80"), ""},
+            {null(),
+             QByteArray("Gr\xc3\xbc\xc3\x9f"
+                        "e \xf0\x9f\x98\x80"),
+             ""},
             {"4", QByteArray(70000, 'x'), null()},
             {"5", null(), QByteArray("\0", 1)},
         };
@@ -116,8 +121,8 @@ private Q_SLOTS:
     void readsRowsInAnyOrderAcrossBlocks() {
         std::vector<Row> rows;
         for (int index = 0; index < 5000; ++index)
-            rows.push_back({QByteArray::number(index), index % 7 == 0 ? null()
-                                                                      : QByteArray(index % 13, 'v')});
+            rows.push_back(
+                {QByteArray::number(index), index % 7 == 0 ? null() : QByteArray(index % 13, 'v')});
         const RowStore store = storeOf(rows, 2, 97);
         QCOMPARE(store.blockCount(), qsizetype((5000 + 96) / 97));
         QCOMPARE(store.blockStart(1), qsizetype(97));
@@ -141,6 +146,29 @@ private Q_SLOTS:
         QVERIFY(store.isNull(0, 2));
         QCOMPARE(store.value(1, 2).toByteArray(), QByteArray("d"));
         QCOMPARE(store.textBytes(), qsizetype(4));
+    }
+
+    void takesValueViewsLikeRows() {
+        const QByteArray text("Gr\xc3\xbc\xc3\x9f"
+                              "e");
+        const QByteArray bytes("\0\1", 2);
+        RowBlockBuilder builder(4);
+        builder.addViews({{QByteArrayView(text), false},
+                          {QByteArrayView(), true},
+                          {QByteArrayView("", 0), false},
+                          {QByteArrayView(bytes), false}});
+        builder.addViews({{QByteArrayView("x"), false}});
+        RowStore store(4);
+        store.append(builder.finish());
+        QCOMPARE(store.rowCount(), qsizetype(2));
+        QCOMPARE(store.value(0, 0).toByteArray(), text);
+        QVERIFY(store.isNull(0, 1));
+        QVERIFY(!store.isNull(0, 2));
+        QVERIFY(store.value(0, 2).isEmpty());
+        QCOMPARE(store.value(0, 3).toByteArray(), bytes);
+        QCOMPARE(store.value(1, 0).toByteArray(), QByteArray("x"));
+        QVERIFY(store.isNull(1, 3));
+        QCOMPARE(store.textBytes(), text.size() + bytes.size() + 1);
     }
 
     void emptyBuilderGivesNoBlock() {
@@ -246,10 +274,10 @@ private Q_SLOTS:
         QTest::newRow("fraction") << QByteArray("1.25") << QByteArray("1.3");
         QTest::newRow("integer and fraction") << QByteArray("2") << QByteArray("2.000001");
         QTest::newRow("exponent") << QByteArray("9e2") << QByteArray("1.0E3");
-        QTest::newRow("beyond 2^53") << QByteArray("9007199254740993")
-                                     << QByteArray("9007199254740994");
-        QTest::newRow("int64 limits") << QByteArray("-9223372036854775808")
-                                      << QByteArray("9223372036854775807");
+        QTest::newRow("beyond 2^53")
+            << QByteArray("9007199254740993") << QByteArray("9007199254740994");
+        QTest::newRow("int64 limits")
+            << QByteArray("-9223372036854775808") << QByteArray("9223372036854775807");
         QTest::newRow("huge") << QByteArray("9223372036854775807") << QByteArray("1e300");
         QTest::newRow("beyond double") << QByteArray("1e300") << QByteArray("1e999");
         QTest::newRow("blanks and plus") << QByteArray(" 3 ") << QByteArray("+4");
@@ -290,15 +318,19 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("earlier");
         QTest::addColumn<QByteArray>("later");
         QTest::newRow("days") << QByteArray("2023-12-31") << QByteArray("2024-01-01");
-        QTest::newRow("years before months") << QByteArray("1999-12-31") << QByteArray("2000-01-01");
-        QTest::newRow("date then time") << QByteArray("2024-01-01") << QByteArray("2024-01-01 00:00:01");
-        QTest::newRow("times") << QByteArray("2024-01-01 09:59:59") << QByteArray("2024-01-01 10:00:00");
-        QTest::newRow("fractions") << QByteArray("2024-01-01 10:00:00.1")
-                                   << QByteArray("2024-01-01 10:00:00.25");
-        QTest::newRow("T separator") << QByteArray("2024-01-01T10:00") << QByteArray("2024-01-01 10:01");
+        QTest::newRow("years before months")
+            << QByteArray("1999-12-31") << QByteArray("2000-01-01");
+        QTest::newRow("date then time")
+            << QByteArray("2024-01-01") << QByteArray("2024-01-01 00:00:01");
+        QTest::newRow("times") << QByteArray("2024-01-01 09:59:59")
+                               << QByteArray("2024-01-01 10:00:00");
+        QTest::newRow("fractions")
+            << QByteArray("2024-01-01 10:00:00.1") << QByteArray("2024-01-01 10:00:00.25");
+        QTest::newRow("T separator")
+            << QByteArray("2024-01-01T10:00") << QByteArray("2024-01-01 10:01");
         QTest::newRow("time of day") << QByteArray("09:30:00") << QByteArray("10:00");
-        QTest::newRow("zone ignored") << QByteArray("2024-05-01 10:00:00+02")
-                                      << QByteArray("2024-05-01 11:00:00Z");
+        QTest::newRow("zone ignored")
+            << QByteArray("2024-05-01 10:00:00+02") << QByteArray("2024-05-01 11:00:00Z");
     }
     void dateKeysOrderAsMoments() {
         QFETCH(QByteArray, earlier);
@@ -346,19 +378,37 @@ private Q_SLOTS:
     void sortsTextLikeAPlainStableSort_data() {
         QTest::addColumn<bool>("descending");
         QTest::addColumn<qsizetype>("blockRows");
-        QTest::newRow("ascending") << false << qsizetype(1000);
-        QTest::newRow("descending") << true << qsizetype(1000);
-        QTest::newRow("ascending, small blocks") << false << qsizetype(7);
-        QTest::newRow("descending, small blocks") << true << qsizetype(7);
+        QTest::addColumn<int>("count");
+        QTest::addColumn<bool>("varied"); // most values distinct
+        for (bool descending : {false, true}) {
+            const char* direction = descending ? "descending" : "ascending";
+            QTest::addRow("%s", direction) << descending << qsizetype(1000) << 3000 << false;
+            QTest::addRow("%s, small blocks", direction)
+                << descending << qsizetype(7) << 3000 << false;
+            // Enough rows for ranking the few distinct values, and for giving up on it.
+            QTest::addRow("%s, many rows", direction)
+                << descending << qsizetype(4096) << 30000 << false;
+            QTest::addRow("%s, many distinct rows", direction)
+                << descending << qsizetype(4096) << 30000 << true;
+        }
     }
     void sortsTextLikeAPlainStableSort() {
         QFETCH(bool, descending);
         QFETCH(qsizetype, blockRows);
+        QFETCH(int, count);
+        QFETCH(bool, varied);
         QRandomGenerator random(7);
         Column values;
-        for (int index = 0; index < 3000; ++index)
-            values.push_back(random.bounded(12) == 0 ? std::nullopt
-                                                     : std::optional(randomText(random)));
+        for (int index = 0; index < count; ++index) {
+            if (random.bounded(12) == 0) {
+                values.push_back(std::nullopt);
+                continue;
+            }
+            QByteArray text = randomText(random);
+            if (varied)
+                text += QByteArray::number(random.bounded(1000000));
+            values.push_back(text);
+        }
         const RowStore store = storeOfColumn(values, blockRows);
         const std::vector<quint32> expected =
             referenceOrder(values, descending, [](const QByteArray& a, const QByteArray& b) {
@@ -369,9 +419,9 @@ private Q_SLOTS:
 
     void sortsTextByCodePoints() {
         // Upper case before lower case, accented letters after z, shorter prefix first.
-        const Column values = {QByteArray("b"),  QByteArray("B"),       QByteArray("\xc3\xa4"),
-                               QByteArray("a"),  QByteArray("abc"),     QByteArray("ab"),
-                               QByteArray("Z"),  QByteArray(""),        std::nullopt};
+        const Column values = {QByteArray("b"), QByteArray("B"),   QByteArray("\xc3\xa4"),
+                               QByteArray("a"), QByteArray("abc"), QByteArray("ab"),
+                               QByteArray("Z"), QByteArray(""),    std::nullopt};
         const RowStore store = storeOfColumn(values, 4);
         const std::vector<quint32> ascending{8, 7, 1, 6, 3, 5, 4, 0, 2};
         QCOMPARE(assets::SortedRows(store, 0, SortKind::Text, false), ascending);
@@ -380,9 +430,9 @@ private Q_SLOTS:
     }
 
     void sortsNumbersByValueWithTextLast() {
-        const Column values = {QByteArray("10"),  QByteArray("9"),   std::nullopt,
+        const Column values = {QByteArray("10"),   QByteArray("9"),   std::nullopt,
                                QByteArray("-1.5"), QByteArray("abc"), QByteArray("9.0"),
-                               QByteArray(""),     std::nullopt,       QByteArray("1e1")};
+                               QByteArray(""),     std::nullopt,      QByteArray("1e1")};
         const RowStore store = storeOfColumn(values, 3);
         // NULLs, numbers (ties in arrival order), then what is not a number, as text.
         const std::vector<quint32> ascending{2, 7, 3, 1, 5, 0, 8, 6, 4};
@@ -392,9 +442,12 @@ private Q_SLOTS:
     }
 
     void sortsDatesByMoment() {
-        const Column values = {QByteArray("2024-01-02"), QByteArray("2023-12-31 23:59:59"),
-                               std::nullopt,             QByteArray("2024-01-02 00:00:00"),
-                               QByteArray("not a date"), QByteArray("2023-12-31")};
+        const Column values = {QByteArray("2024-01-02"),
+                               QByteArray("2023-12-31 23:59:59"),
+                               std::nullopt,
+                               QByteArray("2024-01-02 00:00:00"),
+                               QByteArray("not a date"),
+                               QByteArray("2023-12-31")};
         const RowStore store = storeOfColumn(values, 2);
         const std::vector<quint32> ascending{2, 5, 1, 0, 3, 4};
         QCOMPARE(assets::SortedRows(store, 0, SortKind::DateTime, false), ascending);
@@ -412,7 +465,9 @@ private Q_SLOTS:
                 values.push_back(QByteArray::number(random.bounded(-300, 300) / 4.0));
         }
         const RowStore store = storeOfColumn(values, 333);
-        auto less = [](const QByteArray& a, const QByteArray& b) { return a.toDouble() < b.toDouble(); };
+        auto less = [](const QByteArray& a, const QByteArray& b) {
+            return a.toDouble() < b.toDouble();
+        };
         QCOMPARE(assets::SortedRows(store, 0, SortKind::Number, false),
                  referenceOrder(values, false, less));
         QCOMPARE(assets::SortedRows(store, 0, SortKind::Number, true),
@@ -422,8 +477,10 @@ private Q_SLOTS:
     void sortsTheChosenColumnOnly() {
         const std::vector<Row> rows = {{"b", "1"}, {"a", "3"}, {"c", "2"}};
         const RowStore store = storeOf(rows, 2, 2);
-        QCOMPARE(assets::SortedRows(store, 0, SortKind::Text, false), (std::vector<quint32>{1, 0, 2}));
-        QCOMPARE(assets::SortedRows(store, 1, SortKind::Number, false), (std::vector<quint32>{0, 2, 1}));
+        QCOMPARE(assets::SortedRows(store, 0, SortKind::Text, false),
+                 (std::vector<quint32>{1, 0, 2}));
+        QCOMPARE(assets::SortedRows(store, 1, SortKind::Number, false),
+                 (std::vector<quint32>{0, 2, 1}));
     }
 
     void badColumnOrCancelGivesNothing() {

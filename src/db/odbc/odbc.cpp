@@ -10,6 +10,7 @@
 #include <sqlext.h>
 
 #include <QLoggingCategory>
+#include <QStringEncoder>
 #include <QStringView>
 
 #include <algorithm>
@@ -236,8 +237,9 @@ bool isCharacterType(int sqlType) {
 
 // How a column's values are fetched: as UTF-16 text, as the driver's text form in plain
 // ASCII (numbers, dates and times: no conversion to UTF-16 in the driver, which costs
-// some drivers a lot), or as raw bytes.
-enum class ValueKind { Wide, Ascii, Bytes };
+// some drivers a lot), as UTF-8 text where the driver's narrow text is UTF-8, or as raw
+// bytes.
+enum class ValueKind { Wide, Ascii, Utf8, Bytes };
 
 bool hasAsciiTextForm(int sqlType) {
     switch (sqlType) {
@@ -269,6 +271,7 @@ SQLSMALLINT cTypeOf(ValueKind kind) {
     case ValueKind::Wide:
         return SQL_C_WCHAR;
     case ValueKind::Ascii:
+    case ValueKind::Utf8:
         return SQL_C_CHAR;
     case ValueKind::Bytes:
         break;
@@ -282,6 +285,7 @@ SQLLEN terminatorBytes(ValueKind kind) {
     case ValueKind::Wide:
         return SQLLEN(sizeof(SQLWCHAR));
     case ValueKind::Ascii:
+    case ValueKind::Utf8:
         return 1;
     case ValueKind::Bytes:
         break;
@@ -366,6 +370,10 @@ struct ConnectionState {
     // longer than the reported size, and text may stand in a numeric column. Results are
     // then fetched a row at a time, so that every value can be read whole, and as text.
     bool enforcesDeclaredTypes = true;
+    // True where SQL_C_CHAR gives the database's UTF-8 text unchanged (SQLite's driver
+    // outside Windows): every value is then fetched as stored, without the driver's
+    // conversion to UTF-16 and ours back.
+    bool narrowTextIsUtf8 = false;
     QString completedConnectionString;
 
     ConnectionState() = default;
@@ -471,8 +479,11 @@ void Connection::open(const QString& connectionString) {
     try {
         const QString dbms =
             connectionInfoText(state->handle(), SQL_DBMS_NAME, "SQLGetInfo(SQL_DBMS_NAME)");
-        state->enforcesDeclaredTypes =
-            dbms.compare(QLatin1String("SQLite"), Qt::CaseInsensitive) != 0;
+        const bool sqlite = dbms.compare(QLatin1String("SQLite"), Qt::CaseInsensitive) == 0;
+        state->enforcesDeclaredTypes = !sqlite;
+#ifndef _WIN32
+        state->narrowTextIsUtf8 = sqlite;
+#endif
     } catch (const OdbcError&) {
     }
     m_state = std::move(state);
@@ -678,6 +689,8 @@ struct Statement::Impl {
     ValueKind kindOf(const ColumnInfo& column) const {
         if (column.isBinary())
             return ValueKind::Bytes;
+        if (connection->narrowTextIsUtf8)
+            return ValueKind::Utf8;
         return hasAsciiTextForm(column.sqlType) && connection->enforcesDeclaredTypes
                    ? ValueKind::Ascii
                    : ValueKind::Wide;
@@ -691,6 +704,11 @@ struct Statement::Impl {
         case ValueKind::Ascii:
             // The text form may be longer than the precision: sign, point, exponent.
             return SQLLEN(std::max<SQLULEN>(column.size + 32, 64)) + 1;
+        case ValueKind::Utf8:
+            // Up to four bytes a character.
+            return isCharacterType(column.sqlType)
+                       ? SQLLEN(column.size * 4) + 1
+                       : SQLLEN(std::max<SQLULEN>(column.size + 32, 64)) + 1;
         case ValueKind::Wide:
             break;
         }
@@ -867,7 +885,6 @@ struct Statement::Impl {
         for (size_t index = firstUnbound; index < columns.size(); ++index)
             row.push_back(readData(index));
         rows.push_back(std::move(row));
-        ++rowsReturned;
     }
 
     bool limitReached() const { return maxRows != 0 && rowsReturned >= maxRows; }
@@ -886,18 +903,16 @@ struct Statement::Impl {
         return true;
     }
 
-    bool fetchBlock(std::vector<Row>& rows) {
+    // Fetches the next block and calls perRow(rowIndex) for each of its rows; false when
+    // the result had no more rows.
+    template <typename PerRow> bool fetchRows(PerRow&& perRow) {
         if (!resultOpen || atEnd)
             return false;
         if (!bindingsReady || (singleRowsFromNow && rowsetSize > 1))
             bindColumns();
-        const size_t before = rows.size();
-        const int wanted = std::max(1, blockSize);
-        // Room for the block, growing geometrically: callers append block after block.
-        if (rows.capacity() < before + size_t(wanted))
-            rows.reserve(std::max(before + size_t(wanted), rows.capacity() * 2));
+        const quint64 before = rowsReturned;
         // A block is one rowset, or as many single-row fetches.
-        const int fetches = rowsetSize > 1 ? 1 : wanted;
+        const int fetches = rowsetSize > 1 ? 1 : std::max(1, blockSize);
         for (int fetch = 0; fetch < fetches && !limitReached(); ++fetch) {
             if (!fetchRowset())
                 break;
@@ -908,12 +923,73 @@ struct Statement::Impl {
                 if (status == SQL_ROW_ERROR)
                     throw OdbcError(QStringLiteral("SQLFetch"),
                                     readDiagnostics(SQL_HANDLE_STMT, handle()));
-                appendRow(rows, index);
+                perRow(index);
+                ++rowsReturned;
             }
         }
         if (limitReached())
             atEnd = true;
-        return rows.size() > before;
+        return rowsReturned > before;
+    }
+
+    bool fetchBlock(std::vector<Row>& rows) {
+        const size_t before = rows.size();
+        const size_t wanted = size_t(std::max(1, blockSize));
+        // Room for the block, growing geometrically: callers append block after block.
+        if (resultOpen && !atEnd && rows.capacity() < before + wanted)
+            rows.reserve(std::max(before + wanted, rows.capacity() * 2));
+        return fetchRows([&](SQLULEN index) { appendRow(rows, index); });
+    }
+
+    // ---- Rows for a RowSink: values are handed on as views, not copied one by one.
+
+    // UTF-8 of values that are not UTF-8 in their buffer, one per column, reused.
+    std::vector<QByteArray> sinkScratch;
+    std::vector<ValueView> sinkRow;
+    QStringEncoder utf8Encoder{QStringEncoder::Utf8, QStringConverter::Flag::Stateless};
+
+    ValueView utf8View(QStringView text, QByteArray& scratch) {
+        const qsizetype room = utf8Encoder.requiredSpace(text.size());
+        if (scratch.size() < room)
+            scratch.resize(std::max(room, scratch.size() * 2));
+        char* end = utf8Encoder.appendToBuffer(scratch.data(), text);
+        return {QByteArrayView(scratch.constData(), end - scratch.constData()), false};
+    }
+
+    ValueView heldView(QByteArray value, QByteArray& scratch) {
+        scratch = std::move(value);
+        return {QByteArrayView(scratch.constData(), scratch.size()), scratch.isNull()};
+    }
+
+    ValueView boundView(size_t index, SQLULEN row) {
+        const ColumnBuffer& buffer = buffers[index];
+        const SQLLEN indicator = buffer.indicators[row];
+        if (indicator == SQL_NULL_DATA)
+            return {QByteArrayView(), true};
+        const char* data = buffer.data.get() + SQLLEN(row) * buffer.elementBytes;
+        const SQLLEN room = buffer.elementBytes - terminatorBytes(buffer.kind);
+        const bool truncated = indicator == SQL_NO_TOTAL || indicator > room;
+        if (truncated)
+            return heldView(boundValue(index, row), sinkScratch[index]);
+        if (buffer.kind != ValueKind::Wide)
+            return {QByteArrayView(data, indicator <= 0 ? 0 : qsizetype(indicator)), false};
+        const auto* text = reinterpret_cast<const char16_t*>(data);
+        const qsizetype length = textLength(text, indicator, room / qsizetype(sizeof(char16_t)));
+        return utf8View(QStringView(text, std::max<qsizetype>(length, 0)), sinkScratch[index]);
+    }
+
+    bool fetchBlock(RowSink& sink) {
+        if (sinkScratch.size() != columns.size()) {
+            sinkScratch.assign(columns.size(), QByteArray());
+            sinkRow.assign(columns.size(), ValueView());
+        }
+        return fetchRows([&](SQLULEN index) {
+            for (size_t column = 0; column < firstUnbound; ++column)
+                sinkRow[column] = boundView(column, index);
+            for (size_t column = firstUnbound; column < columns.size(); ++column)
+                sinkRow[column] = heldView(readData(column), sinkScratch[column]);
+            sink.addRow(sinkRow);
+        });
     }
 };
 
@@ -1004,6 +1080,10 @@ void Statement::setBlockSize(int rows) {
 
 bool Statement::fetchBlock(std::vector<Row>& rows) {
     return m_impl->fetchBlock(rows);
+}
+
+bool Statement::fetchBlock(RowSink& sink) {
+    return m_impl->fetchBlock(sink);
 }
 
 void Statement::cancel() noexcept {

@@ -4,6 +4,7 @@
 // the ODBC headers; callers see QString, QByteArray and plain C++ types.
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 #include <QStringList>
 
@@ -62,6 +63,21 @@ struct ColumnInfo {
 // One value per column; a null QByteArray is SQL NULL, an empty non-null one is ''.
 // Text comes as UTF-8, binary columns as their raw bytes.
 using Row = std::vector<QByteArray>;
+
+// One value of a fetched row as a RowSink receives it. The bytes (UTF-8 text, raw binary)
+// are valid during the call only; they are empty for NULL.
+struct ValueView {
+    QByteArrayView bytes;
+    bool isNull = false;
+};
+
+// Takes fetched rows value by value, without a QByteArray for each: for large results.
+class RowSink {
+public:
+    virtual ~RowSink() = default;
+    // One row, a value per column.
+    virtual void addRow(const std::vector<ValueView>& values) = 0;
+};
 
 struct ConnectionState;
 
@@ -129,6 +145,8 @@ public:
     // Columns are bound block-wise; a long or unknown-size column and the ones after it
     // are read with SQLGetData, and then rows are fetched one at a time.
     bool fetchBlock(std::vector<Row>& rows);
+    // The same, handing each row to `sink`; false when the result has no more rows.
+    bool fetchBlock(RowSink& sink);
     // Cancels a running statement from another thread.
     void cancel() noexcept;
     // Closes the open result and frees its buffers; the statement can be executed again.
