@@ -13,7 +13,8 @@ public:
     void connect(const QString& password, const QString& userName, const QString& dataSourceName,
                  const QString& databaseType);
     void disconnect() noexcept { m_connection.close(); }
-    bool isOpen() const { return m_connection.isOpen(); }
+    // Not active once closed, or once the server has gone away.
+    bool isOpen() const { return m_connection.isOpen() && !m_connection.isDead(); }
 
     odbc::Connection& connection() { return m_connection; }
     DatabaseDialect dialect() const { return m_dialect; }

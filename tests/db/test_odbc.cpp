@@ -885,10 +885,9 @@ private Q_SLOTS:
     void cancelStopsRunningStatement_data() {
         QTest::addColumn<TestDatabase>("database");
         QTest::addColumn<QString>("sql");
+        // SQLite's driver is never cancelled from another thread: it frees what the running
+        // call still reads. Its statements are left to finish.
         const std::vector<TestDatabase> databases = testsupport::TestDatabases();
-        QTest::newRow("sqlite") << databases[0]
-                                << "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c "
-                                   "WHERE x < 5000000000) SELECT COUNT(*) FROM c";
         QTest::newRow("postgresql") << databases[1] << "SELECT pg_sleep(60)";
         QTest::newRow("mariadb") << databases[2] << "SELECT SLEEP(60)";
     }

@@ -12,6 +12,8 @@
 #include "support/testsupport.h"
 
 #include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QTemporaryDir>
@@ -208,6 +210,35 @@ private Q_SLOTS:
         QCOMPARE(cell(*window, row, QStringLiteral("ID")), id);
         QCOMPARE(cell(*window, row, QStringLiteral("ASSETTYPE")), QStringLiteral("AAA"));
         window->DispatchCommand(core::CMD_EXECUTE_SQL, update.arg(type));
+    }
+
+    // The server ends the session between two runs: the next run reports the driver's
+    // error, and the one after it connects again.
+    void droppedServerSessionIsReportedThenReconnected() {
+        const testsupport::TestDatabase server =
+            testsupport::ServerDsn(testsupport::Server::PostgreSql);
+        QUILLET_REQUIRE_DATABASE(server);
+        TfmMain window(QStringLiteral("\"quillet\" \"ODBC=%1\" \"USER=%2\" \"PWD=%3\" "
+                                      "\"SQL=select pg_backend_pid() as PID\"")
+                           .arg(server.dsn, server.user, server.password));
+        QVERIFY(window.viewQuery()->isOpen());
+        const QString firstSession = cell(window, 0, QStringLiteral("PID"));
+        window.DispatchCommand(core::CMD_EXECUTE_SQL,
+                               QStringLiteral("select pg_terminate_backend(pg_backend_pid())"));
+        window.RunQuery();
+        if (!window.viewQuery()->isOpen())
+            window.RunQuery();
+        QVERIFY(window.viewQuery()->isOpen());
+        QVERIFY(cell(window, 0, QStringLiteral("PID")) != firstSession);
+    }
+
+    void pasteSqlReplacesThePanelText() {
+        auto window = openWindow(QStringLiteral("select 1 as ONE"));
+        QGuiApplication::clipboard()->setText(QStringLiteral("select 3 as THREE"));
+        window->findChild<QAction*>(QStringLiteral("ActionPasteSQL"))->trigger();
+        QCOMPARE(window->detailsForm()->sqlText(), QStringLiteral("select 3 as THREE"));
+        window->RunQuery();
+        QCOMPARE(cell(*window, 0, QStringLiteral("THREE")), QStringLiteral("3"));
     }
 
     void emptyConnectionShowsTheDetailsPanelFromLastConnection() {

@@ -138,6 +138,9 @@ void TfmMain::createActions() {
     ActionAddColumn = createAction("ActionAddColumn", QStringLiteral("Add &Column..."),
                                    QStringLiteral("Add a new column into ASSETS table"));
 
+    ActionPasteSQL = createAction("ActionPasteSQL", QStringLiteral("&Paste SQL"),
+                                  QStringLiteral("Replace the SQL with the clipboard text"));
+    connect(ActionPasteSQL, &QAction::triggered, this, &TfmMain::ActionPasteSQLExecute);
     ActionSQLWizard = createAction("ActionSQLWizard", QStringLiteral("S&QLWizard"));
     connect(ActionSQLWizard, &QAction::triggered, this, &TfmMain::ActionSQLWizardExecute);
     ActionHelpContents = createAction("ActionHelpContents", QStringLiteral("&Contents"));
@@ -156,6 +159,7 @@ void TfmMain::createActions() {
     // Alt+Q belongs to the details panel's wizard button.
     QMenu* query = menuBar()->addMenu(Translate(QStringLiteral("Q&uery")));
     query->addAction(ActionExecute);
+    query->addAction(ActionPasteSQL);
     query->addAction(ActionSQLWizard);
     QMenu* view = menuBar()->addMenu(Translate(QStringLiteral("&View")));
     view->addAction(ViewDetails);
@@ -527,6 +531,13 @@ void TfmMain::ViewDetailsExecute() {
     else
         m_details->setVisible(!m_details->isVisible());
     updateActions();
+}
+
+void TfmMain::ActionPasteSQLExecute() {
+    if (!m_details)
+        showDetailsFromLastConnection();
+    m_details->show();
+    m_details->PasteSQL();
 }
 
 void TfmMain::ActionSQLWizardExecute() {

@@ -100,6 +100,7 @@ private:
     void ExitActionExecute();
     void ActionExecuteExecute();
     void ViewDetailsExecute();
+    void ActionPasteSQLExecute();
     void ActionSQLWizardExecute();
     void ActionHelpContentsExecute();
     void ActionPrefExecute();
@@ -134,6 +135,7 @@ private:
     QAction* ActionAddRow = nullptr;
     QAction* ActionDelete = nullptr;
     QAction* ActionAddColumn = nullptr;
+    QAction* ActionPasteSQL = nullptr;
     QAction* ActionSQLWizard = nullptr;
     QAction* ActionHelpContents = nullptr;
     QAction* ActionPref = nullptr;

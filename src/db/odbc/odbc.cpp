@@ -374,6 +374,9 @@ struct ConnectionState {
     // outside Windows): every value is then fetched as stored, without the driver's
     // conversion to UTF-16 and ours back.
     bool narrowTextIsUtf8 = false;
+    // False where SQLCancel from another thread frees what a running fetch still reads
+    // (SQLite's driver): a fetch is then left to finish its call.
+    bool cancelsFromAnotherThread = true;
     QString completedConnectionString;
 
     ConnectionState() = default;
@@ -481,6 +484,7 @@ void Connection::open(const QString& connectionString) {
             connectionInfoText(state->handle(), SQL_DBMS_NAME, "SQLGetInfo(SQL_DBMS_NAME)");
         const bool sqlite = dbms.compare(QLatin1String("SQLite"), Qt::CaseInsensitive) == 0;
         state->enforcesDeclaredTypes = !sqlite;
+        state->cancelsFromAnotherThread = !sqlite;
 #ifndef _WIN32
         state->narrowTextIsUtf8 = sqlite;
 #endif
@@ -496,6 +500,15 @@ void Connection::close() noexcept {
 
 bool Connection::isOpen() const {
     return m_state && m_state->connected;
+}
+
+bool Connection::isDead() const {
+    if (!isOpen())
+        return false;
+    SQLUINTEGER dead = SQL_CD_FALSE;
+    const SQLRETURN rc =
+        SQLGetConnectAttrW(m_state->handle(), SQL_ATTR_CONNECTION_DEAD, &dead, 0, nullptr);
+    return SQL_SUCCEEDED(rc) && dead == SQL_CD_TRUE;
 }
 
 QString Connection::completedConnectionString() const {
@@ -1087,7 +1100,7 @@ bool Statement::fetchBlock(RowSink& sink) {
 }
 
 void Statement::cancel() noexcept {
-    if (m_impl)
+    if (m_impl && m_impl->connection->cancelsFromAnotherThread)
         SQLCancel(m_impl->handle());
 }
 

@@ -96,6 +96,9 @@ public:
     // driver connection alive until they are destroyed; an open transaction is rolled back.
     void close() noexcept;
     bool isOpen() const;
+    // True once the driver knows the link to the server is lost (a server that went
+    // away); false where the driver cannot tell.
+    bool isDead() const;
     QString completedConnectionString() const;
     QString dbmsName() const;
 
@@ -147,7 +150,8 @@ public:
     bool fetchBlock(std::vector<Row>& rows);
     // The same, handing each row to `sink`; false when the result has no more rows.
     bool fetchBlock(RowSink& sink);
-    // Cancels a running statement from another thread.
+    // Cancels a running statement from another thread, where the driver allows it
+    // (not SQLite's: there the running call is left to finish).
     void cancel() noexcept;
     // Closes the open result and frees its buffers; the statement can be executed again.
     void close() noexcept;
