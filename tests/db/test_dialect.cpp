@@ -33,9 +33,8 @@ const QString PostgresCompleted = QStringLiteral(
 const QString MariaCompleted = QStringLiteral("DSN=QuilletTestMaria;UID=quillet;PWD=quillet");
 
 QString reported(const QString& dsn, const QString& completed) {
-    return db::ReportedConnectionString(
-        db::BuildConnectionString(QStringLiteral("quillet"), QStringLiteral("quillet"), dsn),
-        completed);
+    return db::ReportedConnectionString(db::BuildConnectionString("quillet", "quillet", dsn),
+                                        completed);
 }
 
 } // namespace
@@ -49,65 +48,19 @@ private Q_SLOTS:
         testsupport::TestDatabases();
     }
 
-    void buildConnectionString_data() {
-        QTest::addColumn<QString>("password");
-        QTest::addColumn<QString>("userName");
-        QTest::addColumn<QString>("dataSource");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("all given")
-            << "secret"
-            << "admin"
-            << "Assets"
-            << "Provider=MSDASQL.1;Password=secret;Persist Security Info=False;User ID=admin;"
-               "Data Source=Assets";
-        QTest::newRow("all empty")
-            << ""
-            << ""
-            << ""
-            << "Provider=MSDASQL.1;Password=;Persist Security Info=False;User ID=;Data Source=";
-        QTest::newRow("password with a semicolon, verbatim")
-            << "a;b"
-            << "admin"
-            << "Assets"
-            << "Provider=MSDASQL.1;Password=a;b;Persist Security Info=False;User ID=admin;"
-               "Data Source=Assets";
-        QTest::newRow("blanks and quotes kept")
-            << " p\"w "
-            << "Jane Doe"
-            << "My Assets"
-            << "Provider=MSDASQL.1;Password= p\"w ;Persist Security Info=False;User ID=Jane Doe;"
-               "Data Source=My Assets";
-    }
-    void buildConnectionString() {
-        QFETCH(QString, password);
-        QFETCH(QString, userName);
-        QFETCH(QString, dataSource);
-        QFETCH(QString, expected);
-        QCOMPARE(db::BuildConnectionString(password, userName, dataSource), expected);
-    }
-
-    void odbcAndReportedStrings() {
-        QCOMPARE(db::OdbcConnectionString(QStringLiteral("a;b"), QStringLiteral("sa"),
-                                          QStringLiteral("Assets")),
+    // The values go in verbatim: no quoting, no escaping.
+    void connectionStrings() {
+        QCOMPARE(db::BuildConnectionString(" p\"w;x ", "Jane Doe", "My Assets"),
+                 QStringLiteral("Provider=MSDASQL.1;Password= p\"w;x ;Persist Security Info=False;"
+                                "User ID=Jane Doe;Data Source=My Assets"));
+        QCOMPARE(db::BuildConnectionString("", "", ""),
+                 QStringLiteral("Provider=MSDASQL.1;Password=;Persist Security Info=False;"
+                                "User ID=;Data Source="));
+        QCOMPARE(db::OdbcConnectionString("a;b", "sa", "Assets"),
                  QStringLiteral("DSN=Assets;UID=sa;PWD=a;b"));
-        QCOMPARE(db::ReportedConnectionString(QStringLiteral("Provider=MSDASQL.1;Data Source=X"),
-                                              QStringLiteral("DSN=X;UID=u")),
-                 QStringLiteral("Provider=MSDASQL.1;Data Source=X;Extended Properties=\"DSN=X;"
-                                "UID=u\""));
-    }
-
-    void sectionNames_data() {
-        QTest::addColumn<int>("dialect");
-        QTest::addColumn<QString>("section");
-        QTest::newRow("Default") << int(DatabaseDialect::Default) << "Default";
-        QTest::newRow("Access") << int(DatabaseDialect::Access) << "Access";
-        QTest::newRow("Oracle") << int(DatabaseDialect::Oracle) << "Oracle";
-        QTest::newRow("SqlServer") << int(DatabaseDialect::SqlServer) << "MSSQL";
-    }
-    void sectionNames() {
-        QFETCH(int, dialect);
-        QFETCH(QString, section);
-        QCOMPARE(DialectSectionName(DatabaseDialect(dialect)), section);
+        QCOMPARE(db::ReportedConnectionString("Provider=MSDASQL.1;Data Source=X", "DSN=X;UID=u"),
+                 QStringLiteral("Provider=MSDASQL.1;Data Source=X;"
+                                "Extended Properties=\"DSN=X;UID=u\""));
     }
 
     // The rules in their order; the expected dialect is named by its section.
@@ -116,102 +69,44 @@ private Q_SLOTS:
         QTest::addColumn<QString>("connectionString");
         QTest::addColumn<QString>("driverDescription");
         QTest::addColumn<QString>("dialect");
+        const auto row = [](const char* name, const QString& type, const QString& connection,
+                            const QString& driver, const QString& dialect) {
+            QTest::newRow(name) << type << connection << driver << dialect;
+        };
         const QString msdasql = QStringLiteral("Provider=MSDASQL.1;Extended Properties=\"%1\"");
         const QString sqlServer = msdasql.arg("DSN=x;DATABASE=Assets");
 
-        QTest::newRow("type oracle9, any case, ignores the connection")
-            << "oracle9" << sqlServer << ""
-            << "Oracle";
-        QTest::newRow("type Oracle") << "Oracle"
-                                     << ""
-                                     << ""
-                                     << "Oracle";
-        QTest::newRow("type ORACLE8") << "ORACLE8"
-                                      << ""
-                                      << ""
-                                      << "Oracle";
-        QTest::newRow("type access") << "access" << sqlServer << "Oracle"
-                                     << "Access";
-        QTest::newRow("type Sql Server") << "Sql Server"
-                                         << ""
-                                         << ""
-                                         << "MSSQL";
-        QTest::newRow("type matched as a whole") << "Oracle 10"
-                                                 << ""
-                                                 << ""
-                                                 << "Default";
-        QTest::newRow("type DB2 falls through to the string") << "DB2" << sqlServer << ""
-                                                              << "MSSQL";
-        QTest::newRow("type DB2, nothing else") << "DB2"
-                                                << ""
-                                                << ""
-                                                << "Default";
-        QTest::newRow("MSDAORA before SQLOLEDB") << ""
-                                                 << "Provider=MSDAORA;x=SQLOLEDB"
-                                                 << ""
-                                                 << "Oracle";
-        QTest::newRow("SQLOLEDB") << ""
-                                  << "Provider=SQLOLEDB.1;Data Source=s"
-                                  << ""
-                                  << "MSSQL";
-        QTest::newRow("MS Access under MSDASQL")
-            << "" << msdasql.arg("DSN=a;DBQ=C:\\a.mdb;FIL=MS Access;") << ""
-            << "Access";
-        QTest::newRow("ms access in another case")
-            << "" << msdasql.arg("DSN=a;FIL=ms access;") << ""
-            << "Default";
-        QTest::newRow("MS Access without MSDASQL") << ""
-                                                   << "Provider=Other;FIL=MS Access"
-                                                   << ""
-                                                   << "Default";
-        QTest::newRow("MS Access before DATABASE=")
-            << "" << msdasql.arg("FIL=MS Access;DATABASE=x") << ""
-            << "Access";
-        QTest::newRow("DBQ=ORACLE") << "" << msdasql.arg("DSN=o;DBQ=ORACLE9;") << ""
-                                    << "Oracle";
-        QTest::newRow("DBQ= ORACLE is not it") << "" << msdasql.arg("DSN=o;DBQ= ORACLE9;") << ""
-                                               << "Default";
-        QTest::newRow("DATABASE=") << "" << sqlServer << ""
-                                   << "MSSQL";
-        QTest::newRow("Database= in another case") << "" << msdasql.arg("DSN=x;Database=y") << ""
-                                                   << "Default";
-        QTest::newRow("driver description Oracle, any case")
-            << "" << msdasql.arg("DSN=x") << "Oracle in OraClient11g_home1"
-            << "Oracle";
-        QTest::newRow("driver description oracle lower case")
-            << "" << msdasql.arg("DSN=x") << "my oracle odbc driver"
-            << "Oracle";
-        QTest::newRow("driver description only when still Default") << "" << sqlServer << "Oracle"
-                                                                    << "MSSQL";
-        QTest::newRow("driver description without a connection") << ""
-                                                                 << ""
-                                                                 << "ORACLE"
-                                                                 << "Oracle";
-        QTest::newRow("unknown type, other driver") << "DB2"
-                                                    << ""
-                                                    << "SQL Server"
-                                                    << "Default";
-        QTest::newRow("nothing at all") << ""
-                                        << ""
-                                        << ""
-                                        << "Default";
-        QTest::newRow("password with a semicolon, verbatim")
-            << ""
-            << db::ReportedConnectionString(db::BuildConnectionString("x;DATABASE=y", "u", "d"),
-                                            "DSN=d")
-            << ""
-            << "MSSQL";
+        row("type oracle9, any case, before the connection", "oracle9", sqlServer, "", "Oracle");
+        row("type ORACLE8", "ORACLE8", "", "", "Oracle");
+        row("type access before the driver", "access", "", "Oracle", "Access");
+        row("type Sql Server", "Sql Server", "", "", "MSSQL");
+        row("type matched as a whole", "Oracle 10", "", "", "Default");
+        row("unknown type falls through to the string", "DB2", sqlServer, "", "MSSQL");
+        row("MSDAORA before SQLOLEDB", "", "Provider=MSDAORA;x=SQLOLEDB", "", "Oracle");
+        row("SQLOLEDB", "", "Provider=SQLOLEDB.1;Data Source=s", "", "MSSQL");
+        row("ms access in another case", "", msdasql.arg("DSN=a;FIL=ms access;"), "", "Default");
+        row("MS Access without MSDASQL", "", "Provider=Other;FIL=MS Access", "", "Default");
+        row("MS Access before DBQ=ORACLE and DATABASE=", "",
+            msdasql.arg("FIL=MS Access;DBQ=ORACLE;DATABASE=x"), "", "Access");
+        row("DBQ=ORACLE before DATABASE=", "", msdasql.arg("DBQ=ORACLE9;DATABASE=x"), "", "Oracle");
+        row("DBQ= ORACLE is not it", "", msdasql.arg("DSN=o;DBQ= ORACLE9;"), "", "Default");
+        row("Database= in another case", "", msdasql.arg("DSN=x;Database=y"), "", "Default");
+        row("driver description naming Oracle, any case", "", msdasql.arg("DSN=x"),
+            "my OraCLE odbc driver", "Oracle");
+        row("driver description only when still Default", "", sqlServer, "Oracle", "MSSQL");
+        row("unknown type, other driver", "DB2", "", "SQL Server", "Default");
+        row("password with a semicolon, verbatim", "",
+            db::ReportedConnectionString(db::BuildConnectionString("x;DATABASE=y", "u", "d"),
+                                         "DSN=d"),
+            "", "MSSQL");
 
         // The real drivers' completed strings, wrapped as the provider reports them.
-        QTest::newRow("sqlite driver: Database= is not DATABASE=")
-            << "" << reported("QuilletTestSqlite", SqliteCompleted) << "SQLite3"
-            << "Default";
-        QTest::newRow("postgresql driver: DATABASE=")
-            << "" << reported("QuilletTestPG", PostgresCompleted) << "PostgreSQL Unicode"
-            << "MSSQL";
-        QTest::newRow("mariadb driver: echoes the input")
-            << "" << reported("QuilletTestMaria", MariaCompleted) << "MariaDB Unicode"
-            << "Default";
+        row("sqlite driver: Database= is not DATABASE=", "",
+            reported("QuilletTestSqlite", SqliteCompleted), "SQLite3", "Default");
+        row("postgresql driver: DATABASE=", "", reported("QuilletTestPG", PostgresCompleted),
+            "PostgreSQL Unicode", "MSSQL");
+        row("mariadb driver: echoes the input", "", reported("QuilletTestMaria", MariaCompleted),
+            "MariaDB Unicode", "Default");
     }
     void detectDatabaseDialect() {
         QFETCH(QString, databaseType);
@@ -229,20 +124,16 @@ private Q_SLOTS:
         QTest::addColumn<QString>("databaseType");
         QTest::addColumn<QString>("dialect");
         const std::vector<TestDatabase> databases = testsupport::TestDatabases();
-        QTest::newRow("sqlite") << databases[0] << ""
-                                << "Default";
-        QTest::newRow("sqlite, type oracle wins") << databases[0] << "oracle"
-                                                  << "Oracle";
-        QTest::newRow("sqlite, type SQL SERVER wins") << databases[0] << "SQL SERVER"
-                                                      << "MSSQL";
-        QTest::newRow("sqlite, type DB2 falls through") << databases[0] << "DB2"
-                                                        << "Default";
-        QTest::newRow("postgresql") << databases[1] << ""
-                                    << "MSSQL";
-        QTest::newRow("postgresql, type access wins") << databases[1] << "Access"
-                                                      << "Access";
-        QTest::newRow("mariadb") << databases[2] << ""
-                                 << "Default";
+        const auto row = [](const char* name, const TestDatabase& database, const QString& type,
+                            const QString& dialect) {
+            QTest::newRow(name) << database << type << dialect;
+        };
+        row("sqlite", databases[0], "", "Default");
+        row("sqlite, type oracle wins", databases[0], "oracle", "Oracle");
+        row("sqlite, type DB2 falls through", databases[0], "DB2", "Default");
+        row("postgresql", databases[1], "", "MSSQL");
+        row("postgresql, type access wins", databases[1], "Access", "Access");
+        row("mariadb", databases[2], "", "Default");
     }
     void assetsConnectionDecidesDialect() {
         QFETCH(TestDatabase, database);
@@ -250,13 +141,13 @@ private Q_SLOTS:
         QFETCH(QString, dialect);
         QUILLET_REQUIRE_DATABASE(database);
         db::AssetsConnection assets;
-        QCOMPARE(DialectSectionName(assets.dialect()), QStringLiteral("Default"));
+        QCOMPARE(assets.dialect(), DatabaseDialect::Default);
         assets.connect(database.password, database.user, database.dsn, databaseType);
         QVERIFY(assets.isOpen());
         QCOMPARE(assets.connectionString(),
                  db::BuildConnectionString(database.password, database.user, database.dsn));
-        const QString completed = assets.connection().completedConnectionString();
-        qInfo("%s: %s gives %s", qPrintable(database.label), qPrintable(completed),
+        qInfo("%s: %s gives %s", qPrintable(database.label),
+              qPrintable(assets.connection().completedConnectionString()),
               qPrintable(DialectSectionName(assets.dialect())));
         QCOMPARE(DialectSectionName(assets.dialect()), dialect);
         assets.disconnect();
@@ -264,19 +155,15 @@ private Q_SLOTS:
     }
 
     void failedConnectKeepsDialect() {
-        const TestDatabase sqlite = testsupport::TestDatabases().front();
         db::AssetsConnection assets;
-        assets.connect(QString(), QString(), sqlite.dsn, QStringLiteral("Oracle"));
+        assets.connect("", "", testsupport::TestDatabases().front().dsn, "Oracle");
         QCOMPARE(assets.dialect(), DatabaseDialect::Oracle);
         QVERIFY_THROWS_EXCEPTION(db::odbc::OdbcError,
-                                 assets.connect(QStringLiteral("pw"), QStringLiteral("user"),
-                                                QStringLiteral("QuilletNoSuchSource"),
-                                                QStringLiteral("Access")));
+                                 assets.connect("pw", "user", "QuilletNoSuchSource", "Access"));
         QCOMPARE(assets.dialect(), DatabaseDialect::Oracle);
         QVERIFY(!assets.isOpen());
         QCOMPARE(assets.connectionString(),
-                 db::BuildConnectionString(QStringLiteral("pw"), QStringLiteral("user"),
-                                           QStringLiteral("QuilletNoSuchSource")));
+                 db::BuildConnectionString("pw", "user", "QuilletNoSuchSource"));
     }
 
     // The last rule with a live data source: a driver whose description names Oracle.
@@ -296,23 +183,12 @@ private Q_SLOTS:
         QCOMPARE(db::odbc::DriverDescriptionOf(dsn), link);
 
         db::AssetsConnection assets;
-        assets.connect(QString(), QString(), dsn, QString());
+        assets.connect("", "", dsn, "");
         QVERIFY(assets.connection().completedConnectionString().contains("Database="));
         QCOMPARE(assets.dialect(), DatabaseDialect::Oracle);
         // A known database type still wins.
-        assets.connect(QString(), QString(), dsn, QStringLiteral("access"));
+        assets.connect("", "", dsn, "access");
         QCOMPARE(assets.dialect(), DatabaseDialect::Access);
-    }
-
-    void listTableNamesUsesTheDriverList() {
-        const TestDatabase sqlite = testsupport::TestDatabases().front();
-        db::AssetsConnection assets;
-        assets.connect(QString(), QString(), sqlite.dsn, QString());
-        const QString table = testsupport::UniqueTableName(QStringLiteral("assets"));
-        assets.connection().execute(QStringLiteral("CREATE TABLE %1 (id INTEGER)").arg(table));
-        const QStringList names = db::ListTableNames(assets.connection(), assets.dialect());
-        assets.connection().execute(QStringLiteral("DROP TABLE ") + table);
-        QVERIFY2(names.contains(table), qPrintable(names.join(' ')));
     }
 };
 

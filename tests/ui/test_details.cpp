@@ -1,11 +1,9 @@
 // The connection details panel: its controls, the change announcements the main window
-// copies the panel on, trimming, Paste SQL and the SQL wizard button, the wizard being a
+// enables Execute on, trimming, Paste SQL and the SQL wizard button, the wizard being a
 // real plugin library built for the tests.
 
 #include "test_sqlwizard_helpers.h"
 
-#include "core/ui/messages.h"
-#include "db/sqlwizard.h"
 #include "db/ui/details.h"
 #include "db/ui/sqlwizardclient.h"
 
@@ -16,53 +14,44 @@
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPlainTextEdit>
-#include <QScrollBar>
 #include <QStyle>
 #include <QToolButton>
 #include <QtTest>
 
-#include <memory>
+using namespace Qt::StringLiterals;
+using namespace testwizard;
 
 namespace {
 
-QString workingPluginDir() {
-    return QStringLiteral(QUILLET_TEST_WIZARD_DIR);
-}
+const QString Typed = u"select 'typed'"_s;
+const QString Built = u"SELECT ID, ASSETTYPE FROM ASSETS"_s;
 
-// A main window with the panel docked at the bottom, and the main window's rule for its
-// execute action: on each announced change, copy the panel and enable the action exactly
-// when both the data source and the SQL text are non-empty.
+// A main window with the panel, and the main window's rule for its execute action: on
+// each announced change, enable it exactly when both the data source and the SQL text are
+// non-empty.
 struct Window {
     QMainWindow main;
-    QAction* execute = nullptr;
+    QAction* execute = new QAction(u"E&xecute SQL"_s, &main);
     ui::TDetailsForm* details = nullptr;
-    QString dsn;
-    QString user;
-    QString password;
-    QString sql;
     int changes = 0;
 
     Window() {
-        execute = new QAction(QStringLiteral("E&xecute SQL"), &main);
         execute->setEnabled(false);
         details = new ui::TDetailsForm(execute, &main);
         main.addDockWidget(Qt::BottomDockWidgetArea, details);
         QObject::connect(details, &ui::TDetailsForm::connectionEdited, &main, [this] {
             ++changes;
-            dsn = details->dataSourceName();
-            user = details->userName();
-            password = details->password();
-            sql = details->sqlText();
-            execute->setEnabled(!dsn.isEmpty() && !sql.isEmpty());
+            execute->setEnabled(!details->dataSourceName().isEmpty() &&
+                                !details->sqlText().isEmpty());
         });
     }
-
-    template <typename T> T* child(const char* name) const {
-        return details->findChild<T*>(QLatin1String(name));
+    template <typename T = QLineEdit> T* child(const QString& name) const {
+        return details->findChild<T*>(name);
     }
-    QLineEdit* edit(const char* name) const { return child<QLineEdit>(name); }
-    QPlainTextEdit* memo() const { return child<QPlainTextEdit>("MemoSQL"); }
-
+    QPlainTextEdit* memo() const { return child<QPlainTextEdit>(u"MemoSQL"_s); }
+    QToolButton* button(int number) const {
+        return child<QToolButton>(u"SpeedButton"_s + QString::number(number));
+    }
     bool showActive() {
         main.show();
         main.activateWindow();
@@ -76,173 +65,86 @@ class TestDetails : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { testwizard::startWizardTest(workingPluginDir()); }
-    void cleanup() { testwizard::endWizardTest(); }
+    void init() { startWizardTest(QStringLiteral(QUILLET_TEST_WIZARD_DIR)); }
+    void cleanup() { endWizardTest(); }
 
     void labels_data() {
-        QTest::addColumn<QString>("label");
         QTest::addColumn<QString>("caption");
         QTest::addColumn<QString>("buddy");
-        QTest::newRow("dsn") << "LabelDSN"
-                             << "&DSN Name"
-                             << "EditDSN";
-        QTest::newRow("user") << "LabelID"
-                              << "User &ID"
-                              << "EditID";
-        QTest::newRow("password") << "LabelPass"
-                                  << "User &Password"
-                                  << "EditPass";
-        QTest::newRow("sql") << "LabelSQL"
-                             << "&SQL Code"
-                             << "MemoSQL";
+        QTest::newRow("LabelDSN") << u"&DSN Name"_s << u"EditDSN"_s;
+        QTest::newRow("LabelID") << u"User &ID"_s << u"EditID"_s;
+        QTest::newRow("LabelPass") << u"User &Password"_s << u"EditPass"_s;
+        QTest::newRow("LabelSQL") << u"&SQL Code"_s << u"MemoSQL"_s;
     }
     void labels() {
-        QFETCH(QString, label);
         QFETCH(QString, caption);
         QFETCH(QString, buddy);
         Window window;
-        auto* widget = window.details->findChild<QLabel*>(label);
-        QVERIFY(widget);
-        QCOMPARE(widget->text(), caption);
-        QVERIFY(widget->buddy());
-        QCOMPARE(widget->buddy()->objectName(), buddy);
+        auto* label = window.child<QLabel>(QTest::currentDataTag());
+        QVERIFY(label && label->buddy());
+        QCOMPARE(label->text(), caption);
+        QCOMPARE(label->buddy()->objectName(), buddy);
     }
 
     void controls() {
         Window window;
-        QLineEdit* password = window.edit("EditPass");
+        QLineEdit* password = window.child(u"EditPass"_s);
         QCOMPARE(password->echoMode(), QLineEdit::Password);
         QCOMPARE(
             password->style()->styleHint(QStyle::SH_LineEdit_PasswordCharacter, nullptr, password),
             int(u'*'));
-        QCOMPARE(window.edit("EditDSN")->echoMode(), QLineEdit::Normal);
+        QCOMPARE(window.memo()->lineWrapMode(), QPlainTextEdit::NoWrap);
         QCOMPARE(window.memo()->horizontalScrollBarPolicy(), Qt::ScrollBarAlwaysOn);
         QCOMPARE(window.memo()->verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOn);
-        QCOMPARE(window.memo()->lineWrapMode(), QPlainTextEdit::NoWrap);
-
-        auto* execute = window.child<QToolButton>("SpeedButton1");
-        auto* wizard = window.child<QToolButton>("SpeedButton2");
-        QVERIFY(execute && wizard);
-        QCOMPARE(execute->defaultAction(), window.execute);
-        QCOMPARE(execute->text(), QStringLiteral("E&xecute SQL"));
-        // The button follows the action's caption.
-        window.execute->setText(QStringLiteral("E&xecute query"));
-        QCOMPARE(execute->text(), QStringLiteral("E&xecute query"));
-        QCOMPARE(wizard->text(), QStringLiteral("S&QLWizard"));
-        QCOMPARE(window.main.dockWidgetArea(window.details), Qt::BottomDockWidgetArea);
+        QCOMPARE(window.button(2)->text(), u"S&QLWizard"_s);
+        QCOMPARE(window.button(1)->defaultAction(), window.execute);
+        // The button keeps the action's caption with its mnemonic, also when it changes.
+        QCOMPARE(window.button(1)->text(), u"E&xecute SQL"_s);
+        window.execute->setText(u"E&xecute query"_s);
+        QCOMPARE(window.button(1)->text(), u"E&xecute query"_s);
     }
 
-    void executeButtonFollowsTheAction() {
-        Window window;
-        auto* button = window.child<QToolButton>("SpeedButton1");
-        QSignalSpy triggered(window.execute, &QAction::triggered);
-        QVERIFY(!button->isEnabled());
-        button->click();
-        QCOMPARE(triggered.size(), 0);
-
-        window.execute->setEnabled(true);
-        QVERIFY(button->isEnabled());
-        button->click();
-        QCOMPARE(triggered.size(), 1);
-    }
-
-    // What the user types, box by box, and whether Execute is enabled afterwards.
+    // What the user types, box by box: the data source and the SQL text announce each
+    // change, the user and the password none.
     void typing_data() {
-        QTest::addColumn<QString>("dsn");
-        QTest::addColumn<QString>("user");
-        QTest::addColumn<QString>("password");
-        QTest::addColumn<QString>("sql");
-        QTest::addColumn<bool>("enabled");
+        QTest::addColumn<QStringList>("typed");
         QTest::addColumn<int>("changes");
-        QTest::newRow("dsn without sql") << "Inventory"
-                                         << ""
-                                         << ""
-                                         << "" << false << 9;
-        QTest::newRow("sql without dsn") << ""
-                                         << ""
-                                         << ""
-                                         << "select 1" << false << 8;
-        QTest::newRow("dsn and sql") << "Inv"
-                                     << ""
-                                     << ""
-                                     << "select 1" << true << 11;
-        QTest::newRow("blank dsn counts as empty") << "   "
-                                                   << ""
-                                                   << ""
-                                                   << "select 1" << false << 11;
-        QTest::newRow("blank sql counts as empty") << "Inv"
-                                                   << ""
-                                                   << ""
-                                                   << "  " << false << 5;
-        QTest::newRow("user and password alone announce nothing") << ""
-                                                                  << "admin"
-                                                                  << "secret"
-                                                                  << "" << false << 0;
-        QTest::newRow("all four") << "Inv"
-                                  << "admin"
-                                  << "secret"
-                                  << "select 1" << true << 11;
+        QTest::addColumn<bool>("enabled");
+        QTest::newRow("dsn without sql") << QStringList{"Inventory", "", "", ""} << 9 << false;
+        QTest::newRow("user and password alone") << QStringList{"", "a", "s", ""} << 0 << false;
+        QTest::newRow("all four") << QStringList{" Inv", "admin ", "secret", "select 1"} << 12
+                                  << true;
     }
     void typing() {
-        QFETCH(QString, dsn);
-        QFETCH(QString, user);
-        QFETCH(QString, password);
-        QFETCH(QString, sql);
-        QFETCH(bool, enabled);
+        QFETCH(QStringList, typed);
         QFETCH(int, changes);
-
+        QFETCH(bool, enabled);
         Window window;
         QVERIFY(window.showActive());
-        QTest::keyClicks(window.edit("EditDSN"), dsn);
-        QTest::keyClicks(window.edit("EditID"), user);
-        QTest::keyClicks(window.edit("EditPass"), password);
-        QTest::keyClicks(window.memo(), sql);
+        QTest::keyClicks(window.child(u"EditDSN"_s), typed[0]);
+        QTest::keyClicks(window.child(u"EditID"_s), typed[1]);
+        QTest::keyClicks(window.child(u"EditPass"_s), typed[2]);
+        QTest::keyClicks(window.memo(), typed[3]);
 
         QCOMPARE(window.changes, changes);
-        QCOMPARE(window.execute->isEnabled(), enabled);
-        QCOMPARE(window.child<QToolButton>("SpeedButton1")->isEnabled(), enabled);
-        if (changes > 0) {
-            QCOMPARE(window.dsn, dsn.trimmed());
-            QCOMPARE(window.sql, sql.trimmed());
-        }
-    }
-
-    // User and password changes are picked up at the next data source or SQL change.
-    void userAndPasswordFollowTheNextChange() {
-        Window window;
-        QVERIFY(window.showActive());
-        QTest::keyClicks(window.edit("EditID"), QStringLiteral("admin"));
-        QTest::keyClicks(window.edit("EditPass"), QStringLiteral("secret"));
-        QCOMPARE(window.changes, 0);
-        QCOMPARE(window.user, QString());
-        QTest::keyClicks(window.edit("EditDSN"), QStringLiteral("I"));
-        QCOMPARE(window.changes, 1);
-        QCOMPARE(window.user, QStringLiteral("admin"));
-        QCOMPARE(window.password, QStringLiteral("secret"));
+        QCOMPARE(window.button(1)->isEnabled(), enabled);
+        const ui::TDetailsForm& panel = *window.details;
+        QCOMPARE(QStringList(
+                     {panel.dataSourceName(), panel.userName(), panel.password(), panel.sqlText()}),
+                 QStringList({typed[0].trimmed(), typed[1].trimmed(), typed[2].trimmed(),
+                              typed[3].trimmed()}));
     }
 
     void trimming_data() {
         QTest::addColumn<QString>("raw");
         QTest::addColumn<QString>("trimmed");
-        QTest::newRow("plain") << "Inventory"
-                               << "Inventory";
-        QTest::newRow("blanks") << "  Inventory  "
-                                << "Inventory";
-        QTest::newRow("tabs and line breaks") << "\t\r\nselect 1;\r\n\n"
-                                              << "select 1;";
-        QTest::newRow("control characters") << QStringLiteral("\x01\x1f"
-                                                              "abc\x7f\x0b")
-                                            << "abc";
-        QTest::newRow("no-break spaces") << QStringLiteral("\u00a0abc\u3000") << "abc";
-        QTest::newRow("byte order mark") << QStringLiteral("\ufeffselect 1") << "select 1";
-        QTest::newRow("inner blanks kept") << " a  b\tc "
-                                           << "a  b\tc";
-        QTest::newRow("blanks only") << " \t \n "
-                                     << "";
-        QTest::newRow("empty") << ""
-                               << "";
-        QTest::newRow("letters around") << "x y"
-                                        << "x y";
+        QTest::newRow("blanks, tabs, line breaks")
+            << u" \t\r\nselect 1;\r\n\n "_s << u"select 1;"_s;
+        QTest::newRow("control characters") << u"\u0001\u001fabc\u007f\u000b"_s << u"abc"_s;
+        QTest::newRow("no-break spaces") << u"\u00a0abc\u3000"_s << u"abc"_s;
+        QTest::newRow("byte order mark") << u"\ufeffselect 1"_s << u"select 1"_s;
+        QTest::newRow("inner blanks kept") << u" a  b\tc "_s << u"a  b\tc"_s;
+        QTest::newRow("blanks only") << u" \t \n "_s << QString();
     }
     void trimming() {
         QFETCH(QString, raw);
@@ -253,184 +155,108 @@ private Q_SLOTS:
         QCOMPARE(window.details->userName(), trimmed);
         QCOMPARE(window.details->password(), trimmed);
         QCOMPARE(window.details->sqlText(), trimmed);
-        QCOMPARE(ui::TDetailsForm::trimmedText(raw), trimmed);
-        // The boxes keep what was written.
-        QCOMPARE(window.edit("EditDSN")->text(), raw);
-        QCOMPARE(window.edit("EditPass")->text(), raw);
-    }
-
-    void setFieldsAnnouncesNothing() {
-        Window window;
-        window.details->setFields(QStringLiteral("Inventory"), QStringLiteral("admin"),
-                                  QStringLiteral("select 1"), QStringLiteral("secret"));
-        QCOMPARE(window.changes, 0);
-        QCOMPARE(window.edit("EditDSN")->text(), QStringLiteral("Inventory"));
-        QCOMPARE(window.edit("EditID")->text(), QStringLiteral("admin"));
-        QCOMPARE(window.edit("EditPass")->text(), QStringLiteral("secret"));
-        QCOMPARE(window.memo()->toPlainText(), QStringLiteral("select 1"));
+        QCOMPARE(window.child(u"EditPass"_s)->text(), raw); // the boxes keep what was written
     }
 
     void pasteSql_data() {
-        QTest::addColumn<QString>("before");
         QTest::addColumn<QString>("clipboard");
-        QTest::addColumn<QString>("after");
-        QTest::newRow("replaces") << "select 1"
-                                  << "SELECT * FROM NODES"
-                                  << "SELECT * FROM NODES";
-        QTest::newRow("several lines") << "old"
-                                       << "SELECT *\nFROM ASSETS\nWHERE ID = :id\n"
-                                       << "SELECT *\nFROM ASSETS\nWHERE ID = :id\n";
-        QTest::newRow("into an empty box") << ""
-                                           << "select 2"
-                                           << "select 2";
-        QTest::newRow("empty clipboard clears") << "select 1"
-                                                << ""
-                                                << "";
+        QTest::newRow("replaces") << u"SELECT *\nFROM ASSETS\n"_s;
+        QTest::newRow("empty clipboard clears") << QString();
     }
     void pasteSql() {
-        QFETCH(QString, before);
         QFETCH(QString, clipboard);
-        QFETCH(QString, after);
         Window window;
-        window.details->setFields(QStringLiteral("Inventory"), QString(), before, QString());
+        window.details->setFields(u"Inventory"_s, QString(), Typed, QString());
         QGuiApplication::clipboard()->setText(clipboard);
         window.details->PasteSQL();
-        QCOMPARE(window.memo()->toPlainText(), after);
-        QVERIFY(window.changes >= 1);
-        QCOMPARE(window.sql, after.trimmed());
-        QCOMPARE(window.execute->isEnabled(), !after.trimmed().isEmpty());
+        QCOMPARE(window.memo()->toPlainText(), clipboard);
+        QVERIFY(window.changes > 0);
+        QCOMPARE(window.details->sqlText(), clipboard.trimmed());
+        QCOMPARE(window.execute->isEnabled(), !clipboard.isEmpty());
     }
 
     void keyboard() {
         Window window;
         QVERIFY(window.showActive());
-        window.edit("EditDSN")->setFocus();
-        QTRY_COMPARE(QApplication::focusWidget(), window.edit("EditDSN"));
-
-        const char* order[] = {"EditID", "EditPass", "MemoSQL", "SpeedButton1", "SpeedButton2"};
         window.execute->setEnabled(true); // a disabled button takes no focus
-        for (const char* name : order) {
+        window.child(u"EditDSN"_s)->setFocus();
+        QTRY_COMPARE(QApplication::focusWidget(), window.child(u"EditDSN"_s));
+        for (const char* name : {"EditID", "EditPass", "MemoSQL", "SpeedButton1", "SpeedButton2"}) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
             QCOMPARE(QApplication::focusWidget()->objectName(), QLatin1String(name));
         }
-
-        const std::pair<Qt::Key, const char*> mnemonics[] = {{Qt::Key_S, "MemoSQL"},
-                                                             {Qt::Key_D, "EditDSN"},
-                                                             {Qt::Key_P, "EditPass"},
-                                                             {Qt::Key_I, "EditID"}};
-        for (const auto& [key, name] : mnemonics) {
-            QTest::keyClick(QApplication::focusWidget(), key, Qt::AltModifier);
-            QCOMPARE(QApplication::focusWidget()->objectName(), QLatin1String(name));
-        }
-
-        // The buttons' mnemonics press them.
+        // The buttons' mnemonics press them (the labels' are their buddies').
         QSignalSpy executed(window.execute, &QAction::triggered);
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_X, Qt::AltModifier);
         QTRY_COMPARE(executed.size(), 1);
-        qputenv("QUILLET_TEST_SQLWIZARD_SQL", "SELECT 'from the wizard'");
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Q, Qt::AltModifier);
-        QTRY_COMPARE(window.memo()->toPlainText(), QStringLiteral("SELECT 'from the wizard'"));
+        QTRY_COMPARE(window.memo()->toPlainText(), Built);
     }
 
-    // The wizard button: the boxes as typed go to the wizard; a query it builds replaces
-    // the SQL text and is announced, an empty one or a failure leaves the panel as it was.
+    // The wizard button passes the boxes as typed; a query replaces the SQL text as one
+    // undoable edit and is announced; an empty one, a failure or the user ending the
+    // operation in the report leaves the panel as it was.
     void wizardButton_data() {
         QTest::addColumn<QString>("directory");
         QTest::addColumn<QString>("mode");
+        QTest::addColumn<QMessageBox::StandardButton>("answer");
         QTest::addColumn<QString>("memo");
-        QTest::addColumn<QString>("printed");
-
-        const QString typed = QStringLiteral("select 'typed'");
-        QTest::newRow("query replaces the text") << workingPluginDir() << "sql"
-                                                 << "SELECT ID, ASSETTYPE FROM ASSETS" << QString();
+        QTest::addColumn<QString>("box");
+        const QString working = QStringLiteral(QUILLET_TEST_WIZARD_DIR);
+        const QString failed = hrcheckBox(messageForm(u"Unspecified error"_s));
+        const auto no = QMessageBox::No;
+        QTest::newRow("query") << working << u"sql"_s << no << Built << QString();
         QTest::newRow("arguments as typed")
-            << workingPluginDir() << "echo"
-            << "dsn=[ Inventory ] user=[ admin] password=[secret\t] sql=[] nlq=[0] nlqtext=[]"
+            << working << u"echo"_s << no
+            << u"dsn=[ Inventory ] user=[ admin] password=[secret\t] sql=[] nlq=[0] nlqtext=[]"_s
             << QString();
-        QTest::newRow("empty query leaves the text")
-            << workingPluginDir() << "empty" << typed << QString();
-        QTest::newRow("no query leaves the text")
-            << workingPluginDir() << "none" << typed << QString();
-        QTest::newRow("failure leaves the text")
-            << workingPluginDir() << "fail" << typed
-            << testwizard::HrcheckLine(QStringLiteral("'") + testwizard::GetSqlCall() +
-                                       QStringLiteral("': Unspecified error @ sqlwizard_tlb/147"));
-        QTest::newRow("missing library leaves the text")
-            << QDir(workingPluginDir()).filePath(QStringLiteral("nothing-here")) << "sql" << typed
-            << testwizard::HrcheckLine(
-                   QStringLiteral("'") + testwizard::GetSqlCall() +
-                   QStringLiteral("': Class not registered @ sqlwizard_tlb/147"));
+        QTest::newRow("empty query") << working << u"empty"_s << no << Typed << QString();
+        QTest::newRow("no query") << working << u"none"_s << no << Typed << QString();
+        QTest::newRow("failure, go on") << working << u"fail"_s << no << Typed << failed;
+        QTest::newRow("failure, end")
+            << working << u"fail"_s << QMessageBox::Yes << Typed << failed;
+        QTest::newRow("missing library")
+            << QDir(working).filePath(u"nothing-here"_s) << u"sql"_s << no << Typed
+            << hrcheckBox(messageForm(u"Class not registered"_s));
     }
     void wizardButton() {
         QFETCH(QString, directory);
         QFETCH(QString, mode);
+        QFETCH(QMessageBox::StandardButton, answer);
         QFETCH(QString, memo);
-        QFETCH(QString, printed);
-
+        QFETCH(QString, box);
         db::SetSqlWizardDirectories({directory});
         qputenv("QUILLET_TEST_SQLWIZARD_MODE", mode.toUtf8());
-        Window window;
-        window.details->setFields(QStringLiteral(" Inventory "), QStringLiteral(" admin"),
-                                  QStringLiteral("select 'typed'"), QStringLiteral("secret\t"));
-
-        testwizard::StderrCapture capture;
-        window.child<QToolButton>("SpeedButton2")->click();
-        const QString output = capture.finish();
-
-        QCOMPARE(window.memo()->toPlainText(), memo);
-        const bool replaced = memo != QStringLiteral("select 'typed'");
-        QCOMPARE(window.changes > 0, replaced);
-        if (replaced) {
-            QCOMPARE(window.sql, memo);
-            QCOMPARE(window.dsn, QStringLiteral("Inventory"));
-            QVERIFY(window.execute->isEnabled());
-        }
-        QCOMPARE(output, printed.isEmpty() ? QString() : printed + QLatin1Char('\n'));
-    }
-
-    void wizardResultCanBeUndone() {
-        qputenv("QUILLET_TEST_SQLWIZARD_SQL", "SELECT * FROM NODES");
-        Window window;
-        QVERIFY(window.showActive());
-        QTest::keyClicks(window.memo(), QStringLiteral("select 1"));
-        window.child<QToolButton>("SpeedButton2")->click();
-        QCOMPARE(window.memo()->toPlainText(), QStringLiteral("SELECT * FROM NODES"));
-        window.memo()->undo();
-        QCOMPARE(window.memo()->toPlainText(), QStringLiteral("select 1"));
-    }
-
-    // Yes to the failure report ends the operation: the panel keeps its text and shows
-    // nothing more.
-    void wizardButtonTerminated() {
         ui::SetUnattended(false);
-        qputenv("QUILLET_TEST_SQLWIZARD_MODE", "fail");
         Window window;
-        window.details->setFields(QStringLiteral("Inventory"), QString(),
-                                  QStringLiteral("select 1"), QString());
-        testwizard::BoxAnswerer answerer(QMessageBox::Yes);
-        window.child<QToolButton>("SpeedButton2")->click();
-        QCOMPARE(answerer.boxes().size(), 1);
-        QVERIFY(answerer.boxes().first().startsWith(QStringLiteral("HRCHECK: : '")));
-        QCOMPARE(window.memo()->toPlainText(), QStringLiteral("select 1"));
-        QCOMPARE(window.changes, 0);
+        window.details->setFields(u" Inventory "_s, u" admin"_s, Typed, u"secret\t"_s);
+
+        BoxAnswerer answerer(answer);
+        window.button(2)->click();
+        QCOMPARE(answerer.boxes, box.isEmpty() ? QStringList() : QStringList{box});
+        QCOMPARE(window.memo()->toPlainText(), memo);
+        QCOMPARE(window.changes > 0, memo != Typed);
+        if (memo != Typed) {
+            QVERIFY(window.execute->isEnabled());
+            window.memo()->undo();
+            QCOMPARE(window.memo()->toPlainText(), Typed);
+        }
     }
 
-    // The menu entry with the same wizard: the query it builds goes nowhere.
+    // The Query menu's entry with the same wizard: the query it builds goes nowhere, where
+    // the panel's button takes it.
     void menuEntryLeavesThePanel() {
-        qputenv("QUILLET_TEST_SQLWIZARD_MODE", "sql");
         Window window;
-        window.details->setFields(QStringLiteral("Inventory"), QString(),
-                                  QStringLiteral("select 1"), QString());
-        testwizard::StderrCapture capture;
-        ui::ShowSqlWizard(&window.main, window.details->dataSourceName(),
-                          window.details->userName(), window.details->password());
-        QCOMPARE(capture.finish(), QString());
-        QCOMPARE(window.memo()->toPlainText(), QStringLiteral("select 1"));
+        window.details->setFields(u"Inventory"_s, QString(), Typed, QString());
+        QCOMPARE(printedBy([&] {
+                     ui::ShowSqlWizard(&window.main, window.details->dataSourceName(),
+                                       window.details->userName(), window.details->password());
+                 }),
+                 QString());
+        QCOMPARE(window.memo()->toPlainText(), Typed);
         QCOMPARE(window.changes, 0);
-
-        // The panel's button with the same wizard does take the query.
-        window.child<QToolButton>("SpeedButton2")->click();
-        QCOMPARE(window.memo()->toPlainText(), QStringLiteral("SELECT ID, ASSETTYPE FROM ASSETS"));
+        window.button(2)->click();
+        QCOMPARE(window.memo()->toPlainText(), Built);
     }
 };
 

@@ -100,7 +100,7 @@ std::optional<QString> ChooseSaveFile(QWidget* parent, const SaveFileRequest& re
 }
 
 TPreferences::TPreferences(QWidget* parent, const QLocale& locale)
-    : QDialog(parent), m_locale(locale), m_chooseSaveFile(ChooseSaveFile) {
+    : QDialog(parent), m_locale(locale) {
     setObjectName(QStringLiteral("Preferences"));
     setWindowTitle(Translate(QStringLiteral("Preferences")));
     setProperty("helpContext", HelpContext);
@@ -109,10 +109,6 @@ TPreferences::TPreferences(QWidget* parent, const QLocale& locale)
 }
 
 TPreferences::~TPreferences() = default;
-
-void TPreferences::setSaveFileChooser(SaveFileChooser chooser) {
-    m_chooseSaveFile = std::move(chooser);
-}
 
 void TPreferences::createControls() {
     PageControl1 = named(new QTabWidget, "PageControl1");
@@ -326,9 +322,7 @@ void TPreferences::BtnBrowseClick() {
     request.filter = Translate(QStringLiteral("Log Files|*.log|All Files|*.*"));
     request.defaultExtension = QStringLiteral("log");
     request.fileName = EditLogFile->text();
-    if (!m_chooseSaveFile)
-        return;
-    if (const std::optional<QString> path = m_chooseSaveFile(this, request))
+    if (const std::optional<QString> path = ChooseSaveFile(this, request))
         EditLogFile->setText(*path);
 }
 

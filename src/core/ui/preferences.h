@@ -5,7 +5,6 @@
 #include <QDialog>
 #include <QLocale>
 
-#include <functional>
 #include <optional>
 
 class QCheckBox;
@@ -25,11 +24,7 @@ struct SaveFileRequest {
     QString fileName;         // shown first
 };
 
-// Shows a save-file dialog: the chosen path, or nothing when the user cancels.
-using SaveFileChooser =
-    std::function<std::optional<QString>(QWidget* parent, const SaveFileRequest& request)>;
-
-// The toolkit's save-file dialog.
+// The toolkit's save-file dialog: the chosen path, or nothing when the user cancels.
 std::optional<QString> ChooseSaveFile(QWidget* parent, const SaveFileRequest& request);
 
 // The preferences dialog. It opens with the stored preferences over its own defaults,
@@ -48,9 +43,6 @@ public:
     explicit TPreferences(QWidget* parent = nullptr, const QLocale& locale = QLocale::system());
     ~TPreferences() override;
 
-    // Replaces the save-file dialog of the browse button.
-    void setSaveFileChooser(SaveFileChooser chooser);
-
     // The values the controls hold now.
     core::PreferenceValues values() const;
 
@@ -68,7 +60,6 @@ private:
     void BtnBrowseClick();
 
     QLocale m_locale;
-    SaveFileChooser m_chooseSaveFile;
 
     QTabWidget* PageControl1 = nullptr;
     QToolButton* BtnBottom = nullptr;

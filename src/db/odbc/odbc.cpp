@@ -241,7 +241,8 @@ bool isCharacterType(int sqlType) {
 // bytes.
 enum class ValueKind { Wide, Ascii, Utf8, Bytes };
 
-bool hasAsciiTextForm(int sqlType) {
+// The exact and approximate numeric types: ColumnInfo::isNumeric.
+bool isNumericType(int sqlType) {
     switch (sqlType) {
     case SQL_NUMERIC:
     case SQL_DECIMAL:
@@ -252,6 +253,17 @@ bool hasAsciiTextForm(int sqlType) {
     case SQL_DOUBLE:
     case SQL_TINYINT:
     case SQL_BIGINT:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Numbers, BIT, GUID, dates, times and intervals.
+bool hasAsciiTextForm(int sqlType) {
+    if (isNumericType(sqlType))
+        return true;
+    switch (sqlType) {
     case SQL_BIT:
     case SQL_GUID:
     case SQL_DATETIME:
@@ -319,20 +331,7 @@ int OdbcError::nativeError() const {
 // Column types
 
 bool ColumnInfo::isNumeric() const {
-    switch (sqlType) {
-    case SQL_NUMERIC:
-    case SQL_DECIMAL:
-    case SQL_INTEGER:
-    case SQL_SMALLINT:
-    case SQL_FLOAT:
-    case SQL_REAL:
-    case SQL_DOUBLE:
-    case SQL_TINYINT:
-    case SQL_BIGINT:
-        return true;
-    default:
-        return false;
-    }
+    return isNumericType(sqlType);
 }
 
 bool ColumnInfo::isDateOrTime() const {

@@ -1,20 +1,11 @@
-// An SQL wizard plugin for the tests. It shows no window; what it does is chosen by the
-// environment at each call:
-//   QUILLET_TEST_SQLWIZARD_MODE    "sql" (the default): returns QUILLET_TEST_SQLWIZARD_SQL,
-//                                  or "SELECT ID, ASSETTYPE FROM ASSETS" when that is unset;
-//                                  "echo": returns its arguments as one line of text;
-//                                  "empty": returns an empty text; "none": returns no text;
-//                                  "fail": GetSQL returns QUILLET_TEST_SQLWIZARD_CODE
-//                                  (default -2147467259, the unspecified error) and a text
-//                                  that must be ignored; "throw": GetSQL throws, breaking
-//                                  the plugin rules on purpose; "nocreate": the entry point
-//                                  fails with that code; "createthrow": the entry point
-//                                  throws; "noobject": the entry point succeeds without an
-//                                  object.
-//   QUILLET_TEST_SQLWIZARD_RECORD  a file to which each GetSQL call appends its arguments
-//                                  as one line, in the form "echo" returns them.
-// It counts its live objects and texts: QUILLET_TEST_SQLWIZARD_RECORD also receives
-// "released objects=N texts=M" after each Release, both 0 when nothing leaked.
+// An SQL wizard plugin for the tests; it shows no window. QUILLET_TEST_SQLWIZARD_MODE:
+// "sql" (default) returns QUILLET_TEST_SQLWIZARD_SQL (ASCII; by default "SELECT ID,
+// ASSETTYPE FROM ASSETS"), "echo" its arguments as one line, "empty" an empty text, "none"
+// no text; "fail" returns QUILLET_TEST_SQLWIZARD_CODE (default: the unspecified error) with
+// a text that must not be used; "throw" throws from GetSQL. "nocreate", "createthrow" and
+// "noobject": the entry point returns that code, throws, or succeeds without an object.
+// QUILLET_TEST_SQLWIZARD_RECORD: a file that gets a line with the arguments of each call
+// and, after each Release, "released objects=N texts=M" (both 0 when nothing leaked).
 
 #include "db/sqlwizard_interface.h"
 
@@ -24,6 +15,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -32,7 +24,7 @@ int liveTexts = 0;
 
 std::string environment(const char* name, const char* fallback) {
     const char* value = std::getenv(name);
-    return value ? std::string(value) : std::string(fallback);
+    return value ? value : fallback;
 }
 
 std::int32_t configuredCode() {
@@ -41,48 +33,24 @@ std::int32_t configuredCode() {
 }
 
 // UTF-16 to UTF-8, enough for the texts of the tests (no surrogate pairs).
-std::string narrow(const char16_t* text) {
+std::string narrow(std::u16string_view text) {
     std::string result;
-    for (; *text; ++text) {
-        const char16_t c = *text;
-        if (c < 0x80) {
-            result += static_cast<char>(c);
-        } else if (c < 0x800) {
-            result += static_cast<char>(0xC0 | (c >> 6));
-            result += static_cast<char>(0x80 | (c & 0x3F));
-        } else {
-            result += static_cast<char>(0xE0 | (c >> 12));
-            result += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            result += static_cast<char>(0x80 | (c & 0x3F));
-        }
+    for (const char16_t c : text) {
+        if (c < 0x80)
+            result += char(c);
+        else if (c < 0x800)
+            result += {char(0xC0 | c >> 6), char(0x80 | (c & 0x3F))};
+        else
+            result +=
+                {char(0xE0 | c >> 12), char(0x80 | ((c >> 6) & 0x3F)), char(0x80 | (c & 0x3F))};
     }
     return result;
 }
 
-std::u16string widen(const std::string& text) {
-    std::u16string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const unsigned char c = static_cast<unsigned char>(text[i]);
-        if (c < 0x80) {
-            result += static_cast<char16_t>(c);
-        } else if ((c & 0xE0) == 0xC0 && i + 1 < text.size()) {
-            result += static_cast<char16_t>(((c & 0x1F) << 6) | (text[i + 1] & 0x3F));
-            i += 1;
-        } else if (i + 2 < text.size()) {
-            result += static_cast<char16_t>(((c & 0x0F) << 12) | ((text[i + 1] & 0x3F) << 6) |
-                                            (text[i + 2] & 0x3F));
-            i += 2;
-        }
-    }
-    return result;
-}
-
-void record(const std::string& line) {
+void record(const std::u16string& line) {
     const std::string path = environment("QUILLET_TEST_SQLWIZARD_RECORD", "");
-    if (path.empty())
-        return;
-    if (std::FILE* file = std::fopen(path.c_str(), "a")) {
-        std::fprintf(file, "%s\n", line.c_str());
+    if (std::FILE* file = path.empty() ? nullptr : std::fopen(path.c_str(), "a")) {
+        std::fprintf(file, "%s\n", narrow(line).c_str());
         std::fclose(file);
     }
 }
@@ -94,6 +62,10 @@ char16_t* newText(const std::u16string& text) {
     return copy;
 }
 
+std::u16string ascii(const std::string& text) {
+    return std::u16string(text.begin(), text.end());
+}
+
 class TestWizard final : public IORVSqlWizard {
 public:
     TestWizard() { ++liveObjects; }
@@ -101,8 +73,8 @@ public:
     void Release() noexcept override {
         --liveObjects;
         delete this;
-        record("released objects=" + std::to_string(liveObjects) +
-               " texts=" + std::to_string(liveTexts));
+        record(ascii("released objects=" + std::to_string(liveObjects) +
+                     " texts=" + std::to_string(liveTexts)));
     }
 
     std::int32_t GetSQL(const char16_t* dsn, const char16_t* user, const char16_t* password,
@@ -110,25 +82,23 @@ public:
                         char16_t** sqltext) override {
         if (!dsn || !user || !password || !sql || !nlqtext || !sqltext || *sqltext)
             return ORV_E_POINTER;
-        const std::string arguments = "dsn=[" + narrow(dsn) + "] user=[" + narrow(user) +
-                                      "] password=[" + narrow(password) + "] sql=[" + narrow(sql) +
-                                      "] nlq=[" + std::to_string(nlq) + "] nlqtext=[" +
-                                      narrow(nlqtext) + "]";
+        const std::u16string arguments = u"dsn=[" + std::u16string(dsn) + u"] user=[" + user +
+                                         u"] password=[" + password + u"] sql=[" + sql +
+                                         u"] nlq=[" + ascii(std::to_string(nlq)) + u"] nlqtext=[" +
+                                         nlqtext + u"]";
         record(arguments);
         const std::string mode = environment("QUILLET_TEST_SQLWIZARD_MODE", "sql");
         if (mode == "echo") {
-            *sqltext = newText(widen(arguments));
+            *sqltext = newText(arguments);
         } else if (mode == "empty") {
             *sqltext = newText(u"");
-        } else if (mode == "none") {
-            // No text at all.
         } else if (mode == "fail") {
             *sqltext = newText(u"SELECT 'must not be used'");
             return configuredCode();
         } else if (mode == "throw") {
             throw std::runtime_error("the test wizard failed");
-        } else {
-            *sqltext = newText(widen(
+        } else if (mode != "none") {
+            *sqltext = newText(ascii(
                 environment("QUILLET_TEST_SQLWIZARD_SQL", "SELECT ID, ASSETTYPE FROM ASSETS")));
         }
         return ORV_S_OK;
