@@ -241,6 +241,22 @@ private Q_SLOTS:
         QCOMPARE(cell(*window, 0, QStringLiteral("THREE")), QStringLiteral("3"));
     }
 
+    // Columns fit the rows on screen, up to a limit, and a stored width wins over the fit.
+    void columnWidthsFitTheRowsUnlessStored() {
+        const QString sql = QStringLiteral("select 'x' as NARROW, '%1' as WIDE, '%2' as HUGE, "
+                                           "'y' as STORED")
+                                .arg(QString(12, QLatin1Char('x')), QString(200, QLatin1Char('h')));
+        core::WriteRegistryString(QStringLiteral("Preferences\\GridLayout"),
+                                  QStringLiteral("STORED"), QStringLiteral("1,77"));
+        auto window = openWindow(sql);
+        ui::TDBGridRange* grid = window->gridForm()->Grid();
+        const int limit = grid->fontMetrics().horizontalAdvance(QLatin1Char('x')) * 30;
+        QVERIFY(grid->columnWidth(1) > grid->columnWidth(0));
+        QVERIFY(grid->columnWidth(1) < limit);
+        QCOMPARE(grid->columnWidth(2), limit);
+        QCOMPARE(grid->columnWidth(3), 77);
+    }
+
     void emptyConnectionShowsTheDetailsPanelFromLastConnection() {
         core::WriteRegistryString(QStringLiteral("LastConnection"), QStringLiteral("DSN"), Dsn);
         core::WriteRegistryString(QStringLiteral("LastConnection"), QStringLiteral("SQL"),

@@ -157,6 +157,15 @@ void TGridForm::SaveLayout() {
     }
 }
 
+void TGridForm::FitColumnsToRows() {
+    if (!DBGrid->model())
+        return;
+    DBGrid->resizeColumnsToContents();
+    const int widest = DBGrid->fontMetrics().horizontalAdvance(QLatin1Char('x')) * 30;
+    for (int column = 0; column < DBGrid->model()->columnCount(); ++column)
+        DBGrid->setColumnWidth(column, qMin(DBGrid->columnWidth(column), widest));
+}
+
 void TGridForm::LoadLayout() {
     try {
         for (int column = 0; column < DBGrid->ColumnCount(); ++column) {

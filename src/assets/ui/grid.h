@@ -48,6 +48,9 @@ public:
     // A failure beeps and ends the pass.
     void SaveLayout();
     void LoadLayout();
+    // Fits each column to the rows on screen, up to about thirty characters; called for
+    // a new result before its stored layout is loaded.
+    void FitColumnsToRows();
     // For the ID column, by its index in the result's fields.
     void SetColumnVisibility(int index, bool hidden);
 

@@ -299,8 +299,10 @@ void TfmMain::runAnalysedQuery() {
         db::AnalyseAssetsQuery(m_sqlText, m_preferences.appendId);
     m_editableAssets = analysis.editableAssets;
     executeQuery(prepareQuery(analysis.sqlText));
-    if (m_grid)
+    if (m_grid) {
+        m_grid->FitColumnsToRows();
         m_grid->LoadLayout();
+    }
     applyIdColumnVisibility();
     showRecordCount();
     rememberConnection();
