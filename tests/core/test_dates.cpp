@@ -1,18 +1,17 @@
 #include "core/conversions.h"
 #include "core/dateformat.h"
+#include "support/testsupport.h"
 
 #include <QTest>
 
 using core::DateSettings;
 
+using testsupport::AddRow;
+
 namespace {
 
 // Dates are read against a fixed year so that the two-digit years are predictable.
 constexpr int ReferenceYear = 2025;
-
-template <typename... Values> void row(const char* name, const Values&... values) {
-    (QTest::newRow(name) << ... << values);
-}
 
 DateSettings settingsFor(const QString& format, QChar separator) {
     return {format, separator, QLatin1Char('.'), QLocale::c()};
@@ -34,16 +33,17 @@ private Q_SLOTS:
         QTest::addColumn<QString>("format");
         QTest::addColumn<QString>("separator");
         QTest::addColumn<QString>("firstOfJanuary1990");
-        row("en_US", "en_US", "m/d/yy", "/", "1/1/90");
-        row("en_GB", "en_GB", "dd/mm/yyyy", "/", "01/01/1990");
-        row("de_DE", "de_DE", "dd.mm.yy", ".", "01.01.90");
-        row("fr_FR", "fr_FR", "dd/mm/yyyy", "/", "01/01/1990");
-        row("C: month names, numeric dates take /", "C", "d mmm yyyy", "/", "1 Jan 1990");
-        row("ja_JP", "ja_JP", "yyyy/mm/dd", "/", "1990/01/01");
-        row("ko_KR: two-digit year first", "ko_KR", "yy. m. d.", ".", "90. 1. 1.");
-        row("hu_HU: trailing dot", "hu_HU", "yyyy. mm. dd.", ".", "1990. 01. 01.");
-        row("bg_BG: quoted year word", "bg_BG", "d.mm.yy \"г\".", ".", "1.01.90 г.");
-        row("ar_SA: direction marks", "ar_SA", "d\u200F/m\u200F/yyyy", "/", "1\u200F/1\u200F/1990");
+        AddRow("en_US", "en_US", "m/d/yy", "/", "1/1/90");
+        AddRow("en_GB", "en_GB", "dd/mm/yyyy", "/", "01/01/1990");
+        AddRow("de_DE", "de_DE", "dd.mm.yy", ".", "01.01.90");
+        AddRow("fr_FR", "fr_FR", "dd/mm/yyyy", "/", "01/01/1990");
+        AddRow("C: month names, numeric dates take /", "C", "d mmm yyyy", "/", "1 Jan 1990");
+        AddRow("ja_JP", "ja_JP", "yyyy/mm/dd", "/", "1990/01/01");
+        AddRow("ko_KR: two-digit year first", "ko_KR", "yy. m. d.", ".", "90. 1. 1.");
+        AddRow("hu_HU: trailing dot", "hu_HU", "yyyy. mm. dd.", ".", "1990. 01. 01.");
+        AddRow("bg_BG: quoted year word", "bg_BG", "d.mm.yy \"г\".", ".", "1.01.90 г.");
+        AddRow("ar_SA: direction marks", "ar_SA", "d\u200F/m\u200F/yyyy", "/",
+               "1\u200F/1\u200F/1990");
     }
 
     void localeDates() {
@@ -69,11 +69,11 @@ private Q_SLOTS:
     void classicPattern_data() {
         QTest::addColumn<QString>("localePattern");
         QTest::addColumn<QString>("classic");
-        row("one-letter year is the full year", "y-MM-dd", "yyyy-mm-dd");
-        row("names", "dddd, d MMMM yyyy", "dddd, d mmmm yyyy");
-        row("quoted word", "d 'de' MMMM", "d \"de\" mmmm");
-        row("escaped quote", "d''MM", "d\"'\"mm");
-        row("letters that are not date parts are quoted", "dd.MM.yyyy g", "dd.mm.yyyy \"g\"");
+        AddRow("one-letter year is the full year", "y-MM-dd", "yyyy-mm-dd");
+        AddRow("names", "dddd, d MMMM yyyy", "dddd, d mmmm yyyy");
+        AddRow("quoted word", "d 'de' MMMM", "d \"de\" mmmm");
+        AddRow("escaped quote", "d''MM", "d\"'\"mm");
+        AddRow("letters that are not date parts are quoted", "dd.MM.yyyy g", "dd.mm.yyyy \"g\"");
     }
 
     void classicPattern() {
@@ -89,18 +89,18 @@ private Q_SLOTS:
         QTest::addColumn<QString>("expected");
 
         const QDateTime march5(QDate(2004, 3, 5), QTime(14, 7, 9));
-        row("day and month", "d dd m mm", march5, "/", "5 05 3 03");
-        row("two digits anyway", "d m", QDateTime(QDate(1999, 12, 31), QTime()), "/", "31 12");
-        row("years", "y yy yyy yyyy", march5, "/", "04 04 2004 2004");
-        row("small year", "yyyy yy", QDateTime(QDate(5, 1, 1), QTime()), "/", "0005 05");
-        row("names", "ddd dddd mmm mmmm", march5, "/", "Fri Friday Mar March");
-        row("upper case", "DD-MM-YYYY", march5, "/", "05-03-2004");
-        row("separators", "dd/mm/yyyy hh:nn:ss", march5, "-", "05-03-2004 14.07.09");
-        row("other characters as they stand", "yyyy.mm,dd", march5, "-", "2004.03,05");
-        row("one-digit time parts", "h n s", march5, "/", "14 7 9");
-        row("m right after an hour is the minute", "hh:mm d/m", march5, "-", "14.07 5-3");
-        row("quoted", "'day' d \"of\" m", march5, "/", "day 5 of 3");
-        row("unclosed quote", "d 'rest", march5, "/", "5 rest");
+        AddRow("day and month", "d dd m mm", march5, "/", "5 05 3 03");
+        AddRow("two digits anyway", "d m", QDateTime(QDate(1999, 12, 31), QTime()), "/", "31 12");
+        AddRow("years", "y yy yyy yyyy", march5, "/", "04 04 2004 2004");
+        AddRow("small year", "yyyy yy", QDateTime(QDate(5, 1, 1), QTime()), "/", "0005 05");
+        AddRow("names", "ddd dddd mmm mmmm", march5, "/", "Fri Friday Mar March");
+        AddRow("upper case", "DD-MM-YYYY", march5, "/", "05-03-2004");
+        AddRow("separators", "dd/mm/yyyy hh:nn:ss", march5, "-", "05-03-2004 14.07.09");
+        AddRow("other characters as they stand", "yyyy.mm,dd", march5, "-", "2004.03,05");
+        AddRow("one-digit time parts", "h n s", march5, "/", "14 7 9");
+        AddRow("m right after an hour is the minute", "hh:mm d/m", march5, "-", "14.07 5-3");
+        AddRow("quoted", "'day' d \"of\" m", march5, "/", "day 5 of 3");
+        AddRow("unclosed quote", "d 'rest", march5, "/", "5 rest");
     }
 
     void format() {
@@ -151,47 +151,47 @@ private Q_SLOTS:
         const QDate none;
         const QDate feb3(1990, 2, 3);
         // Order of the short format.
-        row("day first", "dd/mm/yyyy", "/", "3/2/1990", feb3);
-        row("month first", "m/d/yy", "/", "2/3/1990", feb3);
-        row("year first", "yyyy-mm-dd", "-", "1990-2-3", feb3);
+        AddRow("day first", "dd/mm/yyyy", "/", "3/2/1990", feb3);
+        AddRow("month first", "m/d/yy", "/", "2/3/1990", feb3);
+        AddRow("year first", "yyyy-mm-dd", "-", "1990-2-3", feb3);
         // Separators: the current one, ".", "/" and "-" whatever the current one is.
-        row("dot under a slash format", "m/d/yy", "/", "2.3.1990", feb3);
-        row("slash under a dot format", "dd.mm.yy", ".", "3/2/1990", feb3);
-        row("own separator", "dd|mm|yyyy", "|", "3|2|1990", feb3);
-        row("blanks around", "dd.mm.yyyy", ".", "  3 . 2 .1990 ", feb3);
-        row("comma is not a separator", "dd.mm.yyyy", ".", "3,2,1990", none);
-        row("mixed separators", "dd.mm.yyyy", ".", "3.2/1990", none);
-        row("doubled separator", "dd.mm.yyyy", ".", "3..2.1990", none);
-        row("blanks alone", "dd.mm.yyyy", ".", "3 2 1990", none);
-        row("blanks under a blank format", "d mmm yyyy", " ", "3 2 1990", feb3);
+        AddRow("dot under a slash format", "m/d/yy", "/", "2.3.1990", feb3);
+        AddRow("slash under a dot format", "dd.mm.yy", ".", "3/2/1990", feb3);
+        AddRow("own separator", "dd|mm|yyyy", "|", "3|2|1990", feb3);
+        AddRow("blanks around", "dd.mm.yyyy", ".", "  3 . 2 .1990 ", feb3);
+        AddRow("comma is not a separator", "dd.mm.yyyy", ".", "3,2,1990", none);
+        AddRow("mixed separators", "dd.mm.yyyy", ".", "3.2/1990", none);
+        AddRow("doubled separator", "dd.mm.yyyy", ".", "3..2.1990", none);
+        AddRow("blanks alone", "dd.mm.yyyy", ".", "3 2 1990", none);
+        AddRow("blanks under a blank format", "d mmm yyyy", " ", "3 2 1990", feb3);
         // Month names.
-        row("long month name, any case", "d mmm yyyy", " ", "3 FEBRUARY 1990", feb3);
-        row("month name under a numeric format", "dd.mm.yyyy", ".", "3.feb.1990", feb3);
-        row("unknown name", "d mmm yyyy", " ", "3 Foo 1990", none);
-        row("name in the day's place", "d mmm yyyy", " ", "Feb 3 1990", none);
+        AddRow("long month name, any case", "d mmm yyyy", " ", "3 FEBRUARY 1990", feb3);
+        AddRow("month name under a numeric format", "dd.mm.yyyy", ".", "3.feb.1990", feb3);
+        AddRow("unknown name", "d mmm yyyy", " ", "3 Foo 1990", none);
+        AddRow("name in the day's place", "d mmm yyyy", " ", "Feb 3 1990", none);
         // Text the format writes around the date.
-        row("trailing dot of the format", "yyyy. mm. dd.", ".", "1990. 02. 03.", feb3);
-        row("trailing dot left out", "yyyy. mm. dd.", ".", "1990. 2. 3", feb3);
-        row("trailing dot the format lacks", "dd.mm.yyyy", ".", "3.2.1990.", none);
-        row("leading text of the format", "'on' dd.mm.yyyy", ".", "on 03.02.1990", feb3);
+        AddRow("trailing dot of the format", "yyyy. mm. dd.", ".", "1990. 02. 03.", feb3);
+        AddRow("trailing dot left out", "yyyy. mm. dd.", ".", "1990. 2. 3", feb3);
+        AddRow("trailing dot the format lacks", "dd.mm.yyyy", ".", "3.2.1990.", none);
+        AddRow("leading text of the format", "'on' dd.mm.yyyy", ".", "on 03.02.1990", feb3);
         // The year at the other end.
-        row("ISO under a day-first format", "dd/mm/yyyy", "/", "1990-02-03", feb3);
-        row("dotted default under a year-first format", "yyyy/mm/dd", "/", "3.2.1990", feb3);
-        row("format order wins when it reads", "yyyy/mm/dd", "/", "90.2.3", feb3);
+        AddRow("ISO under a day-first format", "dd/mm/yyyy", "/", "1990-02-03", feb3);
+        AddRow("dotted default under a year-first format", "yyyy/mm/dd", "/", "3.2.1990", feb3);
+        AddRow("format order wins when it reads", "yyyy/mm/dd", "/", "90.2.3", feb3);
         // Not dates.
-        row("empty", "dd.mm.yyyy", ".", "", none);
-        row("two parts", "dd.mm.yyyy", ".", "3.2", none);
-        row("trailing garbage", "dd.mm.yyyy", ".", "3.2.1990x", none);
-        row("sign", "dd.mm.yyyy", ".", "+3.2.1990", none);
-        row("three-digit day", "dd.mm.yyyy", ".", "003.2.1990", none);
-        row("five-digit year", "dd.mm.yyyy", ".", "3.2.19900", none);
+        AddRow("empty", "dd.mm.yyyy", ".", "", none);
+        AddRow("two parts", "dd.mm.yyyy", ".", "3.2", none);
+        AddRow("trailing garbage", "dd.mm.yyyy", ".", "3.2.1990x", none);
+        AddRow("sign", "dd.mm.yyyy", ".", "+3.2.1990", none);
+        AddRow("three-digit day", "dd.mm.yyyy", ".", "003.2.1990", none);
+        AddRow("five-digit year", "dd.mm.yyyy", ".", "3.2.19900", none);
         // Dates that do not exist.
-        row("31 February", "dd.mm.yyyy", ".", "31.02.1990", none);
-        row("29 February 1900", "dd.mm.yyyy", ".", "29.2.1900", none);
-        row("29 February 2000", "dd.mm.yyyy", ".", "29.2.2000", QDate(2000, 2, 29));
-        row("day 0", "dd.mm.yyyy", ".", "0.1.1990", none);
-        row("month 13", "dd.mm.yyyy", ".", "1.13.1990", none);
-        row("year 0", "dd.mm.yyyy", ".", "1.1.0000", none);
+        AddRow("31 February", "dd.mm.yyyy", ".", "31.02.1990", none);
+        AddRow("29 February 1900", "dd.mm.yyyy", ".", "29.2.1900", none);
+        AddRow("29 February 2000", "dd.mm.yyyy", ".", "29.2.2000", QDate(2000, 2, 29));
+        AddRow("day 0", "dd.mm.yyyy", ".", "0.1.1990", none);
+        AddRow("month 13", "dd.mm.yyyy", ".", "1.13.1990", none);
+        AddRow("year 0", "dd.mm.yyyy", ".", "1.1.0000", none);
     }
 
     void parse() {
@@ -222,13 +222,13 @@ private Q_SLOTS:
         QTest::addColumn<int>("referenceYear");
         QTest::addColumn<QString>("year");
         QTest::addColumn<int>("expected");
-        row("90 in 2025", 2025, "90", 1990);
-        row("75 in 2025, first of the window", 2025, "75", 1975);
-        row("74 in 2025, last of the window", 2025, "74", 2074);
-        row("one digit", 2025, "5", 2005);
-        row("50 in 2000, first of the window", 2000, "50", 1950);
-        row("49 in 2000, last of the window", 2000, "49", 2049);
-        row("three digits as written", 2025, "990", 990);
+        AddRow("90 in 2025", 2025, "90", 1990);
+        AddRow("75 in 2025, first of the window", 2025, "75", 1975);
+        AddRow("74 in 2025, last of the window", 2025, "74", 2074);
+        AddRow("one digit", 2025, "5", 2005);
+        AddRow("50 in 2000, first of the window", 2000, "50", 1950);
+        AddRow("49 in 2000, last of the window", 2000, "49", 2049);
+        AddRow("three digits as written", 2025, "990", 990);
     }
 
     void twoDigitYears() {
@@ -254,11 +254,11 @@ private Q_SLOTS:
         QTest::addColumn<QString>("locale");
         QTest::addColumn<QString>("format");
         QTest::addColumn<QString>("separator");
-        row("dashes, upper case", "DD-MM-YYYY", "en_US", "DD-MM-YYYY", "-");
-        row("first letter other than d, m or y", "mm/dd-yy", "de_DE", "mm/dd-yy", "/");
-        row("letters only keep the separator", "ddmmyyyy", "de_DE", "ddmmyyyy", "#");
-        row("locale en_US", "", "en_US", "m/d/yy", "/");
-        row("locale de_DE", "", "de_DE", "dd.mm.yy", ".");
+        AddRow("dashes, upper case", "DD-MM-YYYY", "en_US", "DD-MM-YYYY", "-");
+        AddRow("first letter other than d, m or y", "mm/dd-yy", "de_DE", "mm/dd-yy", "/");
+        AddRow("letters only keep the separator", "ddmmyyyy", "de_DE", "ddmmyyyy", "#");
+        AddRow("locale en_US", "", "en_US", "m/d/yy", "/");
+        AddRow("locale de_DE", "", "de_DE", "dd.mm.yy", ".");
     }
 
     void applyDateFormat() {

@@ -1,17 +1,12 @@
 // The number conversions that sit beside the date conversions.
 #include "core/conversions.h"
+#include "support/testsupport.h"
 
 #include <QTest>
 
 #include <limits>
 
-namespace {
-
-template <typename... Values> void row(const char* name, const Values&... values) {
-    (QTest::newRow(name) << ... << values);
-}
-
-} // namespace
+using testsupport::AddRow;
 
 class TestDatesNumbers : public QObject {
     Q_OBJECT
@@ -22,19 +17,19 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::addColumn<bool>("valid");
         QTest::addColumn<qlonglong>("expected");
-        row("negative, blanks around", "en_US", " -7 ", true, -7LL);
-        row("plus sign, leading zeros", "de_DE", "+007", true, 7LL);
-        row("largest int", "en_US", "2147483647", true, 2147483647LL);
-        row("smallest int", "en_US", "-2147483648", true, -2147483648LL);
-        row("beyond int, within 64 bits", "en_US", "2147483648", true, 2147483648LL);
-        row("below int, within 64 bits", "en_US", "-2147483649", true, -2147483649LL);
-        row("group separator", "en_US", "1,000", false, 0LL);
-        row("group separator de", "de_DE", "1.000", false, 0LL);
-        row("decimals", "en_US", "1.5", false, 0LL);
-        row("trailing garbage", "en_US", "12abc", false, 0LL);
-        row("inner blank", "en_US", "1 2", false, 0LL);
-        row("empty", "en_US", "", false, 0LL);
-        row("hexadecimal", "en_US", "0x1F", false, 0LL);
+        AddRow("negative, blanks around", "en_US", " -7 ", true, -7LL);
+        AddRow("plus sign, leading zeros", "de_DE", "+007", true, 7LL);
+        AddRow("largest int", "en_US", "2147483647", true, 2147483647LL);
+        AddRow("smallest int", "en_US", "-2147483648", true, -2147483648LL);
+        AddRow("beyond int, within 64 bits", "en_US", "2147483648", true, 2147483648LL);
+        AddRow("below int, within 64 bits", "en_US", "-2147483649", true, -2147483649LL);
+        AddRow("group separator", "en_US", "1,000", false, 0LL);
+        AddRow("group separator de", "de_DE", "1.000", false, 0LL);
+        AddRow("decimals", "en_US", "1.5", false, 0LL);
+        AddRow("trailing garbage", "en_US", "12abc", false, 0LL);
+        AddRow("inner blank", "en_US", "1 2", false, 0LL);
+        AddRow("empty", "en_US", "", false, 0LL);
+        AddRow("hexadecimal", "en_US", "0x1F", false, 0LL);
     }
 
     void integers() {
@@ -70,19 +65,19 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::addColumn<bool>("valid");
         QTest::addColumn<double>("expected");
-        row("en_US point", "en_US", "1.5", true, 1.5);
-        row("de_DE comma", "de_DE", "1,5", true, 1.5);
-        row("fr_FR comma, negative", "fr_FR", "-0,25", true, -0.25);
-        row("exponent", "en_US", "1e3", true, 1000.0);
-        row("blanks around", "en_US", " 2.5 ", true, 2.5);
-        row("de_DE point is not decimal", "de_DE", "1.5", false, 0.0);
-        row("en_US comma is not decimal", "en_US", "1,5", false, 0.0);
-        row("group separator", "en_US", "1,000.5", false, 0.0);
-        row("trailing garbage", "en_US", "1.5x", false, 0.0);
-        row("empty", "en_US", "", false, 0.0);
-        row("not a number", "en_US", "nan", false, 0.0);
-        row("infinity", "en_US", "inf", false, 0.0);
-        row("overflow", "en_US", "1e999", false, 0.0);
+        AddRow("en_US point", "en_US", "1.5", true, 1.5);
+        AddRow("de_DE comma", "de_DE", "1,5", true, 1.5);
+        AddRow("fr_FR comma, negative", "fr_FR", "-0,25", true, -0.25);
+        AddRow("exponent", "en_US", "1e3", true, 1000.0);
+        AddRow("blanks around", "en_US", " 2.5 ", true, 2.5);
+        AddRow("de_DE point is not decimal", "de_DE", "1.5", false, 0.0);
+        AddRow("en_US comma is not decimal", "en_US", "1,5", false, 0.0);
+        AddRow("group separator", "en_US", "1,000.5", false, 0.0);
+        AddRow("trailing garbage", "en_US", "1.5x", false, 0.0);
+        AddRow("empty", "en_US", "", false, 0.0);
+        AddRow("not a number", "en_US", "nan", false, 0.0);
+        AddRow("infinity", "en_US", "inf", false, 0.0);
+        AddRow("overflow", "en_US", "1e999", false, 0.0);
     }
 
     void floats() {

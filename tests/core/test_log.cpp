@@ -1,5 +1,6 @@
 #include "core/dateformat.h"
 #include "core/log.h"
+#include "support/testsupport.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,11 +13,6 @@ class TestLog : public QObject {
 
 private:
     QTemporaryDir m_dir;
-
-    static QByteArray readAll(const QString& path) {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
 
 private Q_SLOTS:
     void init() {
@@ -64,7 +60,7 @@ private Q_SLOTS:
         core::LogLine("first");
         core::LogLine(QStringLiteral("second"));
         core::LogLine(static_cast<const char*>(nullptr));
-        const QList<QByteArray> lines = readAll(path).split('\n');
+        const QList<QByteArray> lines = testsupport::ReadFile(path).split('\n');
         QCOMPARE(lines.size(), 4);
         const QRegularExpression stamp(QStringLiteral(R"(^\d\d/\d\d/\d{4} \d\d.\d\d.\d\d > )"));
         QVERIFY(stamp.match(QString::fromLatin1(lines[0])).hasMatch());
@@ -82,7 +78,7 @@ private Q_SLOTS:
         file.close();
         QVERIFY(core::SetLogFilePath(path));
         core::LogLine("added");
-        const QByteArray content = readAll(path);
+        const QByteArray content = testsupport::ReadFile(path);
         QVERIFY(content.startsWith("kept\r\n"));
         QVERIFY(content.endsWith(" > added \r\n"));
     }

@@ -11,6 +11,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using testsupport::AddRow;
+
 namespace {
 
 const QLocale enGB(QStringLiteral("en_GB"));
@@ -20,15 +22,6 @@ using Values = testsupport::PreferenceValues;
 using testsupport::StoredPreference;
 using testsupport::StoredPreferenceNames;
 using testsupport::StorePreferences;
-
-template <typename... Columns> void row(const char* name, const Columns&... columns) {
-    (QTest::newRow(name) << ... << columns);
-}
-
-QByteArray fileText(const QString& path) {
-    QFile file(path);
-    return !path.isEmpty() && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 // The stored names in the order in which they are saved, which is also the order of
 // the members of PreferenceValues.
@@ -93,31 +86,35 @@ private Q_SLOTS:
         QTest::addColumn<QString>("format");
 
         const char* locale = "dd.mm.yy";
-        row("Bottom", Values{{"EditLayout", "Bottom"}}, false, true, false, false, "", locale);
-        row("Right", Values{{"EditLayout", "Right"}}, true, false, true, true, "", locale);
-        row("lower case bottom means Right", Values{{"EditLayout", "bottom"}}, true, false, true,
-            true, "", locale);
-        row("blank after Bottom", Values{{"EditLayout", "Bottom "}}, true, false, true, true, "",
-            locale);
-        row("Default format", Values{{"DateFormat", "Default"}, {"DateFormatString", "yyyy.mm.dd"}},
-            true, true, true, true, "", locale);
-        row("Custom format", Values{{"DateFormat", "Custom"}, {"DateFormatString", "yyyy/mm/dd"}},
-            true, true, true, true, "yyyy/mm/dd", "yyyy/mm/dd");
-        row("lower case default means custom",
-            Values{{"DateFormat", "default"}, {"DateFormatString", "dd-mm-yyyy"}}, true, true, true,
-            true, "dd-mm-yyyy", "dd-mm-yyyy");
-        row("custom without a format string is the locale's", Values{{"DateFormat", "Custom"}},
-            true, true, true, true, "", locale);
-        row("format string alone is not used", Values{{"DateFormatString", "yyyy/mm/dd"}}, true,
-            true, true, true, "", locale);
-        row("ID flags Yes", Values{{"HideID", "Yes"}, {"AppendID", "Yes"}}, false, false, true,
-            true, "", locale);
-        row("ID flags No", Values{{"HideID", "No"}, {"AppendID", "No"}}, true, true, false, false,
-            "", locale);
-        row("lower case yes means no", Values{{"HideID", "yes"}, {"AppendID", "YES"}}, true, true,
-            false, false, "", locale);
-        row("each flag on its own", Values{{"HideID", "No"}}, true, true, false, true, "", locale);
-        row("nothing stored keeps the flags off", Values{}, false, false, false, false, "", locale);
+        AddRow("Bottom", Values{{"EditLayout", "Bottom"}}, false, true, false, false, "", locale);
+        AddRow("Right", Values{{"EditLayout", "Right"}}, true, false, true, true, "", locale);
+        AddRow("lower case bottom means Right", Values{{"EditLayout", "bottom"}}, true, false, true,
+               true, "", locale);
+        AddRow("blank after Bottom", Values{{"EditLayout", "Bottom "}}, true, false, true, true, "",
+               locale);
+        AddRow("Default format",
+               Values{{"DateFormat", "Default"}, {"DateFormatString", "yyyy.mm.dd"}}, true, true,
+               true, true, "", locale);
+        AddRow("Custom format",
+               Values{{"DateFormat", "Custom"}, {"DateFormatString", "yyyy/mm/dd"}}, true, true,
+               true, true, "yyyy/mm/dd", "yyyy/mm/dd");
+        AddRow("lower case default means custom",
+               Values{{"DateFormat", "default"}, {"DateFormatString", "dd-mm-yyyy"}}, true, true,
+               true, true, "dd-mm-yyyy", "dd-mm-yyyy");
+        AddRow("custom without a format string is the locale's", Values{{"DateFormat", "Custom"}},
+               true, true, true, true, "", locale);
+        AddRow("format string alone is not used", Values{{"DateFormatString", "yyyy/mm/dd"}}, true,
+               true, true, true, "", locale);
+        AddRow("ID flags Yes", Values{{"HideID", "Yes"}, {"AppendID", "Yes"}}, false, false, true,
+               true, "", locale);
+        AddRow("ID flags No", Values{{"HideID", "No"}, {"AppendID", "No"}}, true, true, false,
+               false, "", locale);
+        AddRow("lower case yes means no", Values{{"HideID", "yes"}, {"AppendID", "YES"}}, true,
+               true, false, false, "", locale);
+        AddRow("each flag on its own", Values{{"HideID", "No"}}, true, true, false, true, "",
+               locale);
+        AddRow("nothing stored keeps the flags off", Values{}, false, false, false, false, "",
+               locale);
     }
 
     void load() {
@@ -153,17 +150,17 @@ private Q_SLOTS:
 
         const QString none;
         const QString empty = QStringLiteral("");
-        row("Yes", "old.log", "Yes", "new.log", true, true);
-        row("No changes nothing", "old.log", "No", "new.log", false, false);
-        row("lower case yes changes nothing", "old.log", "yes", "new.log", false, false);
-        row("no file stored", "old.log", "Yes", none, false, false);
-        row("empty file", "old.log", "Yes", empty, false, false);
-        row("the current file", "old.log", "Yes", "old.log", false, false);
-        row("from no log", "", "Yes", "new.log", true, false);
-        row("from a log that cannot be written", "no such folder/old.log", "Yes", "new.log", true,
-            false);
-        row("file name too long for the log path", "old.log", "Yes", QString(251, u'x'), false,
-            false);
+        AddRow("Yes", "old.log", "Yes", "new.log", true, true);
+        AddRow("No changes nothing", "old.log", "No", "new.log", false, false);
+        AddRow("lower case yes changes nothing", "old.log", "yes", "new.log", false, false);
+        AddRow("no file stored", "old.log", "Yes", none, false, false);
+        AddRow("empty file", "old.log", "Yes", empty, false, false);
+        AddRow("the current file", "old.log", "Yes", "old.log", false, false);
+        AddRow("from no log", "", "Yes", "new.log", true, false);
+        AddRow("from a log that cannot be written", "no such folder/old.log", "Yes", "new.log",
+               true, false);
+        AddRow("file name too long for the log path", "old.log", "Yes", QString(251, u'x'), false,
+               false);
     }
 
     void logSwitch() {
@@ -189,14 +186,14 @@ private Q_SLOTS:
         QCOMPARE(core::LoadPreferences(state, enGB).logFileChanged, switched);
         QCOMPARE(core::LogFilePath(), switched ? newLog : oldLog);
         QVERIFY(!QFile::exists(newLog));
-        const QByteArray oldText = fileText(oldLog);
+        const QByteArray oldText = testsupport::ReadFile(oldLog);
         if (noted) {
             const QRegularExpression entry(
                 QStringLiteral("^\\d\\d/\\d\\d/\\d{4} [^>]* > log file changed to %1 \r\n$")
                     .arg(QRegularExpression::escape(newLog)));
             QVERIFY2(entry.match(QString::fromLocal8Bit(oldText)).hasMatch(), oldText.constData());
             QVERIFY(!core::LoadPreferences(state, enGB).logFileChanged); // not switched again
-            QCOMPARE(fileText(oldLog), oldText);
+            QCOMPARE(testsupport::ReadFile(oldLog), oldText);
         } else {
             QVERIFY(oldText.isEmpty());
         }
@@ -206,16 +203,16 @@ private Q_SLOTS:
         QTest::addColumn<Values>("values");
         QTest::addColumn<core::PreferenceValues>("expected");
 
-        row("every value, exact words only",
-            inSaveOrder({"bottom", "default", "yyyy.mm.dd", "Yes", "other.log", "No", "yes",
-                         "Maybe", "No", "", "3.3.2003", "12,5"}),
-            core::PreferenceValues{false, false, "yyyy.mm.dd", true, "other.log", false, false,
-                                   false, false, false, "3.3.2003", "12,5"});
+        AddRow("every value, exact words only",
+               inSaveOrder({"bottom", "default", "yyyy.mm.dd", "Yes", "other.log", "No", "yes",
+                            "Maybe", "No", "", "3.3.2003", "12,5"}),
+               core::PreferenceValues{false, false, "yyyy.mm.dd", true, "other.log", false, false,
+                                      false, false, false, "3.3.2003", "12,5"});
         core::PreferenceValues some;
         some.keepLog = true;
         some.dateDefaults = false;
-        row("the others keep their values",
-            Values{{"KeepLog", "Yes"}, {"DateDefault", "No"}, {"Unknown", "x"}}, some);
+        AddRow("the others keep their values",
+               Values{{"KeepLog", "Yes"}, {"DateDefault", "No"}, {"Unknown", "x"}}, some);
     }
 
     void readValues() {
@@ -234,31 +231,31 @@ private Q_SLOTS:
         QTest::addColumn<QString>("format");
         QTest::addColumn<bool>("fails");
 
-        row("dialog defaults, locale format", core::PreferenceValues(),
-            QStringList{"Bottom", "Default", "dd-mm-yyyy", "No", "quillet.log", "Yes", "Yes", "Yes",
-                        "Yes", "Yes", "01.01.90", "0"},
-            "dd.mm.yy", false);
-        row("everything the other way",
-            core::PreferenceValues{false, false, "yyyy-mm-dd", true, "/var/tmp/q.log", false, false,
-                                   false, false, false, "31.12.1999", "not checked"},
-            QStringList{"Right", "Custom", "yyyy-mm-dd", "Yes", "/var/tmp/q.log", "No", "No", "No",
-                        "No", "No", "1999-12-31", "not checked"},
-            "yyyy-mm-dd", false);
+        AddRow("dialog defaults, locale format", core::PreferenceValues(),
+               QStringList{"Bottom", "Default", "dd-mm-yyyy", "No", "quillet.log", "Yes", "Yes",
+                           "Yes", "Yes", "Yes", "01.01.90", "0"},
+               "dd.mm.yy", false);
+        AddRow("everything the other way",
+               core::PreferenceValues{false, false, "yyyy-mm-dd", true, "/var/tmp/q.log", false,
+                                      false, false, false, false, "31.12.1999", "not checked"},
+               QStringList{"Right", "Custom", "yyyy-mm-dd", "Yes", "/var/tmp/q.log", "No", "No",
+                           "No", "No", "No", "1999-12-31", "not checked"},
+               "yyyy-mm-dd", false);
         // A month-first format makes 2.3.1990 the 3rd of February.
-        row("default date read with the new format",
-            core::PreferenceValues{true, false, "mm/dd/yyyy", false, "q.log", true, true, true,
-                                   true, true, "2.3.1990", "7"},
-            QStringList{"Bottom", "Custom", "mm/dd/yyyy", "No", "q.log", "Yes", "Yes", "Yes", "Yes",
-                        "Yes", "02/03/1990", "7"},
-            "mm/dd/yyyy", false);
+        AddRow("default date read with the new format",
+               core::PreferenceValues{true, false, "mm/dd/yyyy", false, "q.log", true, true, true,
+                                      true, true, "2.3.1990", "7"},
+               QStringList{"Bottom", "Custom", "mm/dd/yyyy", "No", "q.log", "Yes", "Yes", "Yes",
+                           "Yes", "Yes", "02/03/1990", "7"},
+               "mm/dd/yyyy", false);
         // Everything before "Date" is saved and the format applied; Date and Money stay.
         for (const char* date : {"31.02.1990", "soon"})
-            row(date,
-                core::PreferenceValues{true, false, "yyyy.mm.dd", false, "q.log", false, true, true,
-                                       true, false, date, "99"},
-                QStringList{"Bottom", "Custom", "yyyy.mm.dd", "No", "q.log", "No", "Yes", "Yes",
-                            "Yes", "No", "2.2.2002", "5"},
-                "yyyy.mm.dd", true);
+            AddRow(date,
+                   core::PreferenceValues{true, false, "yyyy.mm.dd", false, "q.log", false, true,
+                                          true, true, false, date, "99"},
+                   QStringList{"Bottom", "Custom", "yyyy.mm.dd", "No", "q.log", "No", "Yes", "Yes",
+                               "Yes", "No", "2.2.2002", "5"},
+                   "yyyy.mm.dd", true);
     }
 
     void writeValues() {
@@ -297,21 +294,21 @@ private Q_SLOTS:
         QTest::addColumn<QString>("dateText");
         QTest::addColumn<QString>("moneyText");
 
-        row("nothing stored", Values{}, true, true, "1.1.1990", "0");
-        row("all on",
-            Values{{"Defaults", "Yes"},
-                   {"DateDefault", "Yes"},
-                   {"MoneyDefault", "Yes"},
-                   {"Date", "05.03.24"},
-                   {"Money", "12"}},
-            true, true, "05.03.24", "12");
-        row("defaults off", Values{{"Defaults", "No"}, {"DateDefault", "Yes"}}, false, false,
-            "1.1.1990", "0");
-        row("defaults lower case yes is off", Values{{"Defaults", "yes"}}, false, false, "1.1.1990",
-            "0");
-        row("date off", Values{{"DateDefault", "No"}}, false, true, "1.1.1990", "0");
-        row("money off", Values{{"Defaults", "Yes"}, {"MoneyDefault", "no"}}, true, false,
-            "1.1.1990", "0");
+        AddRow("nothing stored", Values{}, true, true, "1.1.1990", "0");
+        AddRow("all on",
+               Values{{"Defaults", "Yes"},
+                      {"DateDefault", "Yes"},
+                      {"MoneyDefault", "Yes"},
+                      {"Date", "05.03.24"},
+                      {"Money", "12"}},
+               true, true, "05.03.24", "12");
+        AddRow("defaults off", Values{{"Defaults", "No"}, {"DateDefault", "Yes"}}, false, false,
+               "1.1.1990", "0");
+        AddRow("defaults lower case yes is off", Values{{"Defaults", "yes"}}, false, false,
+               "1.1.1990", "0");
+        AddRow("date off", Values{{"DateDefault", "No"}}, false, true, "1.1.1990", "0");
+        AddRow("money off", Values{{"Defaults", "Yes"}, {"MoneyDefault", "no"}}, true, false,
+               "1.1.1990", "0");
     }
 
     void newRecordDefaults() {

@@ -195,4 +195,14 @@ QString UniqueTableName(const QString& stem) {
         .arg(counter.fetchAndAddRelaxed(1) + 1);
 }
 
+QByteArray ReadFile(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool WriteFile(const QString& path, const QByteArray& content) {
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
 } // namespace testsupport

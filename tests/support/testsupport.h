@@ -11,10 +11,16 @@
 
 #include <QMetaType>
 #include <QString>
+#include <QTest>
 
 #include <vector>
 
 namespace testsupport {
+
+// One row of a _data() table: its name, then a value for each column in order.
+template <typename... Values> void AddRow(const char* name, const Values&... values) {
+    (QTest::newRow(name) << ... << values);
+}
 
 // Points the settings store (QSettings, "Marrowby"/"Quillet", user scope) at a fresh
 // temporary folder kept for the rest of the process, via XDG_CONFIG_HOME and QSettings'
@@ -63,6 +69,11 @@ std::vector<TestDatabase> AvailableDatabases();
 // TestDatabases(), named by its label. Skip unavailable rows with
 // QUILLET_REQUIRE_DATABASE.
 void AddDatabaseRows();
+
+// A whole file's bytes; empty when it cannot be read.
+QByteArray ReadFile(const QString& path);
+// Writes a file whole; false when it cannot be written.
+bool WriteFile(const QString& path, const QByteArray& content);
 
 // A table name no other test process uses at the same time: "q<stem>_<pid>_<n>",
 // lower case so that every database keeps it as written.

@@ -1,3 +1,4 @@
+#include "support/testsupport.h"
 #include "translation/crc32.h"
 #include "translation/escapes.h"
 #include "translation/language.h"
@@ -18,16 +19,9 @@ using Pairs = QList<Placeholder>;
 Q_DECLARE_METATYPE(translation::Language)
 Q_DECLARE_METATYPE(Pairs)
 
+using testsupport::AddRow;
+
 namespace {
-
-template <typename... Values> void row(const char* name, const Values&... values) {
-    (QTest::newRow(name) << ... << values);
-}
-
-bool writeFile(const QString& path, const QByteArray& content) {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
 
 QByteArray entry(const char* source, const char* translation) {
     return FormatLkpEntry(QString::fromUtf8(source), QString::fromUtf8(translation));
@@ -61,7 +55,7 @@ public:
         return QDir(folder).filePath(QStringLiteral("OrvLib%1.LKP").arg(where.section(u'/', -1)));
     }
     bool add(const QString& where, const QByteArray& content) const {
-        return writeFile(path(where), content);
+        return testsupport::WriteFile(path(where), content);
     }
 
 private:
@@ -77,9 +71,9 @@ private Q_SLOTS:
     void crc32_data() {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<quint32>("crc");
-        row("check value", QByteArray("123456789"), 0xCBF43926u);
-        row("fox", QByteArray("The quick brown fox jumps over the lazy dog"), 0x414FA339u);
-        row("UTF-8 text", QStringLiteral("Donn\u00E9es").toUtf8(), 0xC2201017u);
+        AddRow("check value", QByteArray("123456789"), 0xCBF43926u);
+        AddRow("fox", QByteArray("The quick brown fox jumps over the lazy dog"), 0x414FA339u);
+        AddRow("UTF-8 text", QStringLiteral("Donn\u00E9es").toUtf8(), 0xC2201017u);
     }
 
     void crc32() {
@@ -92,12 +86,12 @@ private Q_SLOTS:
     void unescape_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("expected");
-        row("no escapes", "Plain text", "Plain text");
-        row("all eleven", "\\a\\b\\f\\n\\r\\t\\v\\?\\\"\\'\\\\x", "\a\b\f\n\r\t\v?\"'\\x");
-        row("doubled backslash before n", "C:\\\\new", "C:\\new");
-        row("three backslashes and n", "\\\\\\n", "\\\n");
-        row("unknown escapes kept", "\\q\\x41\\0\\n", "\\q\\x41\\0\n");
-        row("trailing backslash", "end\\", "end\\");
+        AddRow("no escapes", "Plain text", "Plain text");
+        AddRow("all eleven", "\\a\\b\\f\\n\\r\\t\\v\\?\\\"\\'\\\\x", "\a\b\f\n\r\t\v?\"'\\x");
+        AddRow("doubled backslash before n", "C:\\\\new", "C:\\new");
+        AddRow("three backslashes and n", "\\\\\\n", "\\\n");
+        AddRow("unknown escapes kept", "\\q\\x41\\0\\n", "\\q\\x41\\0\n");
+        AddRow("trailing backslash", "end\\", "end\\");
     }
 
     void unescape() {
@@ -111,41 +105,42 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("entries"); // source and translation of those kept
         QTest::addColumn<int>("errorLine");       // 0: read to the end
 
-        row("good file",
-            QByteArray("\xEF\xBB\xBF# French texts\n"
-                       "T \"Error\" \"Erreur\"   # trailing comment\n\n"
-                       "T\t\"Line one\\\\nLine two\"\n  \"Ligne un\\nLigne deux\"\n"
-                       "T \"Say \\\"#1\\\"\" \"Dites \\\"n\xC2\xB0 1\\\"\"\n"
-                       "T \"Two\nlines\" \"\"\n"
-                       "T \"C:\\\\temp\" \"C:\\\\temp\"#comment right after\n"),
-            QStringList{"Error", "Erreur", "Line one\\nLine two", "Ligne un\nLigne deux",
-                        "Say \"#1\"", "Dites \"n\xC2\xB0 1\"", "Two\nlines", "", "C:\\temp",
-                        "C:\\temp"},
-            0);
-        row("empty file", QByteArray(), QStringList(), 0);
-        row("blanks and a comment", QByteArray(" \n\t# nothing yet\r\n"), QStringList(), 0);
-        row("invalid UTF-8 inside strings", QByteArray("T \"\xFF\" \"\xC3\"\nT \"Ok\" \"Bien\"\n"),
-            QStringList{QString::fromUtf8("\xFF"), QString::fromUtf8("\xC3"), "Ok", "Bien"}, 0);
+        AddRow("good file",
+               QByteArray("\xEF\xBB\xBF# French texts\n"
+                          "T \"Error\" \"Erreur\"   # trailing comment\n\n"
+                          "T\t\"Line one\\\\nLine two\"\n  \"Ligne un\\nLigne deux\"\n"
+                          "T \"Say \\\"#1\\\"\" \"Dites \\\"n\xC2\xB0 1\\\"\"\n"
+                          "T \"Two\nlines\" \"\"\n"
+                          "T \"C:\\\\temp\" \"C:\\\\temp\"#comment right after\n"),
+               QStringList{"Error", "Erreur", "Line one\\nLine two", "Ligne un\nLigne deux",
+                           "Say \"#1\"", "Dites \"n\xC2\xB0 1\"", "Two\nlines", "", "C:\\temp",
+                           "C:\\temp"},
+               0);
+        AddRow("empty file", QByteArray(), QStringList(), 0);
+        AddRow("blanks and a comment", QByteArray(" \n\t# nothing yet\r\n"), QStringList(), 0);
+        AddRow("invalid UTF-8 inside strings",
+               QByteArray("T \"\xFF\" \"\xC3\"\nT \"Ok\" \"Bien\"\n"),
+               QStringList{QString::fromUtf8("\xFF"), QString::fromUtf8("\xC3"), "Ok", "Bien"}, 0);
 
         const QByteArray good = "T \"One\" \"Un\"\nT \"Two\" \"Deux\"\n";
         const QStringList kept{"One", "Un", "Two", "Deux"};
-        row("string cut short", good + "T \"Three\" \"Tr", kept, 3);
-        row("closing quote escaped at the end", good + "T \"Three\" \"Trois\\\"", kept, 3);
-        row("backslash as the last byte", good + "T \"Three\" \"Trois\\", kept, 3);
-        row("marker missing", good + "\"Three\" \"Trois\"\nT \"Four\" \"Quatre\"\n", kept, 3);
-        row("lower-case marker", good + "t \"Three\" \"Trois\"\n", kept, 3);
-        row("marker glued to string", good + "T\"Three\" \"Trois\"\n", kept, 3);
-        row("translation missing at the end", good + "T \"Three\"", kept, 3);
-        row("translation replaced by a word", good + "T \"Three\" Trois\n", kept, 3);
-        row("strings glued together", good + "T \"Three\"\"Trois\"\n", kept, 3);
-        row("third string", good + "T \"Three\" \"Trois\" \"Drei\"\n",
-            kept + QStringList{"Three", "Trois"}, 3);
-        row("lines inside strings count", good + "T \"Thr\nee\" \"Tr\n\nois\"\n\n oops",
-            kept + QStringList{"Thr\nee", "Tr\n\nois"}, 8);
+        AddRow("string cut short", good + "T \"Three\" \"Tr", kept, 3);
+        AddRow("closing quote escaped at the end", good + "T \"Three\" \"Trois\\\"", kept, 3);
+        AddRow("backslash as the last byte", good + "T \"Three\" \"Trois\\", kept, 3);
+        AddRow("marker missing", good + "\"Three\" \"Trois\"\nT \"Four\" \"Quatre\"\n", kept, 3);
+        AddRow("lower-case marker", good + "t \"Three\" \"Trois\"\n", kept, 3);
+        AddRow("marker glued to string", good + "T\"Three\" \"Trois\"\n", kept, 3);
+        AddRow("translation missing at the end", good + "T \"Three\"", kept, 3);
+        AddRow("translation replaced by a word", good + "T \"Three\" Trois\n", kept, 3);
+        AddRow("strings glued together", good + "T \"Three\"\"Trois\"\n", kept, 3);
+        AddRow("third string", good + "T \"Three\" \"Trois\" \"Drei\"\n",
+               kept + QStringList{"Three", "Trois"}, 3);
+        AddRow("lines inside strings count", good + "T \"Thr\nee\" \"Tr\n\nois\"\n\n oops",
+               kept + QStringList{"Thr\nee", "Tr\n\nois"}, 8);
         QByteArray binary;
         for (int i = 0; i < 1024; ++i)
             binary.append(static_cast<char>((i * 37 + 11) % 256));
-        row("binary", binary, QStringList(), 1);
+        AddRow("binary", binary, QStringList(), 1);
     }
 
     void parse() {
@@ -166,10 +161,10 @@ private Q_SLOTS:
         QTest::addColumn<bool>("complete");
         const qint64 first = entry("First", "Premier").size();
         const qint64 second = entry("Second", "Deuxi\xC3\xA8me").size();
-        row("whole file", "three.LKP", MaxLkpFileSize, 3, true);
-        row("cut inside the second entry", "three.LKP", first + 10, 1, false);
-        row("cut right after the second entry", "three.LKP", first + second, 2, false);
-        row("missing file", "none.LKP", MaxLkpFileSize, 0, false);
+        AddRow("whole file", "three.LKP", MaxLkpFileSize, 3, true);
+        AddRow("cut inside the second entry", "three.LKP", first + 10, 1, false);
+        AddRow("cut right after the second entry", "three.LKP", first + second, 2, false);
+        AddRow("missing file", "none.LKP", MaxLkpFileSize, 0, false);
     }
 
     void readFile() {
@@ -178,9 +173,10 @@ private Q_SLOTS:
         QFETCH(int, kept);
         QFETCH(bool, complete);
         QTemporaryDir directory;
-        QVERIFY(writeFile(directory.filePath(QStringLiteral("three.LKP")),
-                          entry("First", "Premier") + entry("Second", "Deuxi\xC3\xA8me") +
-                              entry("Third", "Troisi\xC3\xA8me")));
+        QVERIFY(testsupport::WriteFile(directory.filePath(QStringLiteral("three.LKP")),
+                                       entry("First", "Premier") +
+                                           entry("Second", "Deuxi\xC3\xA8me") +
+                                           entry("Third", "Troisi\xC3\xA8me")));
         const LkpContents contents = ReadLkpFile(directory.filePath(name), maxSize);
         const QStringList all{"First",           "Premier", "Second",
                               "Deuxi\xC3\xA8me", "Third",   "Troisi\xC3\xA8me"};
@@ -196,7 +192,7 @@ private Q_SLOTS:
         for (int i = 0; i < 200000; ++i)
             content += FormatLkpEntry(QStringLiteral("Text number %1").arg(i),
                                       QStringLiteral("Texte num\u00E9ro %1").arg(i));
-        QVERIFY(writeFile(path, content));
+        QVERIFY(testsupport::WriteFile(path, content));
         const LkpContents contents = ReadLkpFile(path);
         QVERIFY(contents.complete);
         QCOMPARE(contents.entries.size(), std::size_t(200000));
@@ -206,9 +202,10 @@ private Q_SLOTS:
     void formatRoundTrip_data() {
         QTest::addColumn<QString>("source");
         QTest::addColumn<QString>("translation");
-        row("escape written out, quotes and hash", "Cannot open\\n\"#1\"", "Impossible\nd'ouvrir");
-        row("control characters and backslashes", "\a\b\f\n\r\t\v", "\\\\server\\share\\");
-        row("empty and Japanese", "", "\xE3\x81\xAF\xE3\x81\x84");
+        AddRow("escape written out, quotes and hash", "Cannot open\\n\"#1\"",
+               "Impossible\nd'ouvrir");
+        AddRow("control characters and backslashes", "\a\b\f\n\r\t\v", "\\\\server\\share\\");
+        AddRow("empty and Japanese", "", "\xE3\x81\xAF\xE3\x81\x84");
     }
 
     void formatRoundTrip() {
@@ -224,9 +221,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("suffix");
         const char* suffixes[] = {"EN", "FR", "DE", "ES", "RU", "IT", "JP"};
         for (int code = 0; code < 7; ++code)
-            row(suffixes[code], code, suffixes[code]);
-        row("7 out of range", 7, "EN");
-        row("-1 out of range", -1, "EN");
+            AddRow(suffixes[code], code, suffixes[code]);
+        AddRow("7 out of range", 7, "EN");
+        AddRow("-1 out of range", -1, "EN");
     }
 
     void names() {
@@ -242,23 +239,23 @@ private Q_SLOTS:
         QTest::addColumn<QString>("locale");
         QTest::addColumn<int>("languageId");
         QTest::addColumn<Language>("language");
-        row("en_US", "en_US", 0x0409, Language::English);
-        row("en_GB", "en_GB", 0x0809, Language::English);
-        row("fr_CA", "fr_CA", 0x0C0C, Language::French);
-        row("fr_SN: primary only", "fr_SN", 0x040C, Language::French);
-        row("de_AT", "de_AT", 0x0C07, Language::German);
-        row("de_LU: primary only", "de_LU", 0x0407, Language::German);
-        row("es_MX", "es_MX", 0x080A, Language::Spanish);
-        row("es_AR: primary only", "es_AR", 0x040A, Language::Spanish);
-        row("ru_RU", "ru_RU", 0x0419, Language::Russian);
-        row("ru_UA unknown", "ru_UA", 0, Language::English);
-        row("it_IT", "it_IT", 0x0410, Language::Italian);
-        row("it_CH", "it_CH", 0x0810, Language::Italian);
-        row("ja", "ja", 0x0411, Language::Japanese);
-        row("C", "C", 0, Language::English);
-        row("0x000C French neutral", "", 0x000C, Language::French);
-        row("0x0819 Russian (Moldova)", "", 0x0819, Language::English);
-        row("0x0010 Italian neutral", "", 0x0010, Language::English);
+        AddRow("en_US", "en_US", 0x0409, Language::English);
+        AddRow("en_GB", "en_GB", 0x0809, Language::English);
+        AddRow("fr_CA", "fr_CA", 0x0C0C, Language::French);
+        AddRow("fr_SN: primary only", "fr_SN", 0x040C, Language::French);
+        AddRow("de_AT", "de_AT", 0x0C07, Language::German);
+        AddRow("de_LU: primary only", "de_LU", 0x0407, Language::German);
+        AddRow("es_MX", "es_MX", 0x080A, Language::Spanish);
+        AddRow("es_AR: primary only", "es_AR", 0x040A, Language::Spanish);
+        AddRow("ru_RU", "ru_RU", 0x0419, Language::Russian);
+        AddRow("ru_UA unknown", "ru_UA", 0, Language::English);
+        AddRow("it_IT", "it_IT", 0x0410, Language::Italian);
+        AddRow("it_CH", "it_CH", 0x0810, Language::Italian);
+        AddRow("ja", "ja", 0x0411, Language::Japanese);
+        AddRow("C", "C", 0, Language::English);
+        AddRow("0x000C French neutral", "", 0x000C, Language::French);
+        AddRow("0x0819 Russian (Moldova)", "", 0x0819, Language::English);
+        AddRow("0x0010 Italian neutral", "", 0x0010, Language::English);
     }
 
     void languageOfLocale() {
@@ -280,30 +277,31 @@ private Q_SLOTS:
         QTest::addColumn<QString>("loaded"); // the file in use, or empty
 
         using L = Language;
-        row("no files: locale", QStringList(), "ru_RU", L::Russian, "");
-        row("only FR beats ja_JP", QStringList{"FR"}, "ja_JP", L::French, "FR");
-        row("only ES beats de_DE", QStringList{"ES"}, "de_DE", L::Spanish, "ES");
-        row("only DE beats en_US", QStringList{"DE"}, "en_US", L::German, "DE");
-        row("only JP beats fr_FR", QStringList{"JP"}, "fr_FR", L::Japanese, "JP");
-        row("only FR, in the share folder", QStringList{"share/FR"}, "it_IT", L::French,
-            "share/FR");
-        row("one probed file beside others", QStringList{"DE", "EN", "RU", "IT"}, "ja_JP",
-            L::German, "DE");
-        row("FR and DE: locale it_CH", QStringList{"FR", "DE"}, "it_CH", L::Italian, "");
-        row("ES beside, JP in share: locale de_AT", QStringList{"ES", "share/JP"}, "de_AT",
-            L::German, "");
-        row("all four: locale fr_CA", QStringList{"FR", "ES", "DE", "JP"}, "fr_CA", L::French,
-            "FR");
-        row("only IT is not probed; English uses no other file", QStringList{"IT"}, "en_GB",
-            L::English, "");
-        row("own file", QStringList{"RU", "EN"}, "ru_RU", L::Russian, "RU");
-        row("falls back to EN", QStringList{"EN"}, "ru_RU", L::Russian, "EN");
-        row("falls back to EN in share", QStringList{"share/EN"}, "ja_JP", L::Japanese, "share/EN");
-        row("own file in share before EN beside the program", QStringList{"EN", "share/IT"},
-            "it_IT", L::Italian, "share/IT");
-        row("beside the program before share", QStringList{"share/RU", "RU"}, "ru_RU", L::Russian,
-            "RU");
-        row("English uses the EN file", QStringList{"EN"}, "en_US", L::English, "EN");
+        AddRow("no files: locale", QStringList(), "ru_RU", L::Russian, "");
+        AddRow("only FR beats ja_JP", QStringList{"FR"}, "ja_JP", L::French, "FR");
+        AddRow("only ES beats de_DE", QStringList{"ES"}, "de_DE", L::Spanish, "ES");
+        AddRow("only DE beats en_US", QStringList{"DE"}, "en_US", L::German, "DE");
+        AddRow("only JP beats fr_FR", QStringList{"JP"}, "fr_FR", L::Japanese, "JP");
+        AddRow("only FR, in the share folder", QStringList{"share/FR"}, "it_IT", L::French,
+               "share/FR");
+        AddRow("one probed file beside others", QStringList{"DE", "EN", "RU", "IT"}, "ja_JP",
+               L::German, "DE");
+        AddRow("FR and DE: locale it_CH", QStringList{"FR", "DE"}, "it_CH", L::Italian, "");
+        AddRow("ES beside, JP in share: locale de_AT", QStringList{"ES", "share/JP"}, "de_AT",
+               L::German, "");
+        AddRow("all four: locale fr_CA", QStringList{"FR", "ES", "DE", "JP"}, "fr_CA", L::French,
+               "FR");
+        AddRow("only IT is not probed; English uses no other file", QStringList{"IT"}, "en_GB",
+               L::English, "");
+        AddRow("own file", QStringList{"RU", "EN"}, "ru_RU", L::Russian, "RU");
+        AddRow("falls back to EN", QStringList{"EN"}, "ru_RU", L::Russian, "EN");
+        AddRow("falls back to EN in share", QStringList{"share/EN"}, "ja_JP", L::Japanese,
+               "share/EN");
+        AddRow("own file in share before EN beside the program", QStringList{"EN", "share/IT"},
+               "it_IT", L::Italian, "share/IT");
+        AddRow("beside the program before share", QStringList{"share/RU", "RU"}, "ru_RU",
+               L::Russian, "RU");
+        AddRow("English uses the EN file", QStringList{"EN"}, "en_US", L::English, "EN");
     }
 
     void service() {
@@ -339,26 +337,26 @@ private Q_SLOTS:
         const QString none;
         const unsigned always = TranslateAlways;
         const unsigned never = NeverTranslate;
-        row("entry for the text as written", "it_IT", "Cannot open\\nfile", 0u, none,
-            "Impossibile aprire\nil file");
-        row("a real line break is another text", "it_IT", "Cannot open\nfile", 0u, none,
-            "Cannot open\nfile");
-        row("entry whose source has a real break", "it_IT", "Real\nbreak", 0u, none,
-            "Vera\ninterruzione");
-        row("no entry: escapes turned into characters", "it_IT", "Real\\nbreak", 0u, none,
-            "Real\nbreak");
-        row("translation shown as read", "it_IT", "Path", 0u, none, "Percorso \\\\server\\new");
-        row("first of duplicate entries", "it_IT", "Open", 0u, none, "Apri");
-        row("product names of the translated text", "it_IT", "About $PKGNAME$", 0u, none,
-            "Orvane Asset Management info");
-        row("caller value in the translation", "it_IT", "Items", 0u, "3", "3 elementi");
-        row("value not unescaped", "it_IT", "$COUNT$\\tleft", 0u, "\\t", "\\t\tleft");
-        row("always", "it_IT", "Tab\\there", always, none, "Tab\tqui");
-        row("never", "it_IT", "Tab\\there", never, none, "Tab\\there");
-        row("both: never wins", "it_IT", "Tab\\there", always | never, none, "Tab\\there");
-        row("never still fills placeholders", "it_IT", "$PKGNAME$ $COUNT$\\n", never, "2",
-            "Orvane 2\\n");
-        row("English file for English", "en_US", "Tab\\there", 0u, none, "Tab\there (EN)");
+        AddRow("entry for the text as written", "it_IT", "Cannot open\\nfile", 0u, none,
+               "Impossibile aprire\nil file");
+        AddRow("a real line break is another text", "it_IT", "Cannot open\nfile", 0u, none,
+               "Cannot open\nfile");
+        AddRow("entry whose source has a real break", "it_IT", "Real\nbreak", 0u, none,
+               "Vera\ninterruzione");
+        AddRow("no entry: escapes turned into characters", "it_IT", "Real\\nbreak", 0u, none,
+               "Real\nbreak");
+        AddRow("translation shown as read", "it_IT", "Path", 0u, none, "Percorso \\\\server\\new");
+        AddRow("first of duplicate entries", "it_IT", "Open", 0u, none, "Apri");
+        AddRow("product names of the translated text", "it_IT", "About $PKGNAME$", 0u, none,
+               "Orvane Asset Management info");
+        AddRow("caller value in the translation", "it_IT", "Items", 0u, "3", "3 elementi");
+        AddRow("value not unescaped", "it_IT", "$COUNT$\\tleft", 0u, "\\t", "\\t\tleft");
+        AddRow("always", "it_IT", "Tab\\there", always, none, "Tab\tqui");
+        AddRow("never", "it_IT", "Tab\\there", never, none, "Tab\\there");
+        AddRow("both: never wins", "it_IT", "Tab\\there", always | never, none, "Tab\\there");
+        AddRow("never still fills placeholders", "it_IT", "$PKGNAME$ $COUNT$\\n", never, "2",
+               "Orvane 2\\n");
+        AddRow("English file for English", "en_US", "Tab\\there", 0u, none, "Tab\there (EN)");
     }
 
     void translate() {
@@ -402,31 +400,33 @@ private Q_SLOTS:
         QTest::addColumn<Pairs>("pairs");
         QTest::addColumn<QString>("expected");
 
-        row("text without $ is not scanned", "NAME and NAME", Pairs{{"NAME", "x"}},
-            "NAME and NAME");
-        row("product names", "$PKGFULLNAME$ ($PKGNAME$)", Pairs(),
-            "Orvane Asset Management (Orvane)");
-        row("every occurrence", "$F$, $F$ and $F$", Pairs{{"$F$", "USR_A"}},
-            "USR_A, USR_A and USR_A");
-        row("value filled again by a later pair", "Error: $DETAILS$",
-            Pairs{{"$DETAILS$", "bad $F$"}, {"$F$", "USR_X"}}, "Error: bad USR_X");
-        row("value not filled by an earlier pair", "Error: $DETAILS$",
-            Pairs{{"$F$", "USR_X"}, {"$DETAILS$", "bad $F$"}}, "Error: bad $F$");
-        row("product pairs come first", "$PKGNAME$ $X$", Pairs{{"$X$", "$PKGNAME$"}},
-            "Orvane $PKGNAME$");
-        row("caller may override the product name", "$A$",
-            Pairs{{"$A$", "$PKGFULLNAME$"}, {"$PKGFULLNAME$", "Other"}}, "Other");
-        row("empty placeholder and null value skipped", "a$B$c",
-            Pairs{{"", "zz"}, {"$B$", QString()}, {"$B$", "b"}}, "abc");
-        row("empty value removes", "a$B$c", Pairs{{"$B$", QStringLiteral("")}, {"$B$", "b"}}, "ac");
+        AddRow("text without $ is not scanned", "NAME and NAME", Pairs{{"NAME", "x"}},
+               "NAME and NAME");
+        AddRow("product names", "$PKGFULLNAME$ ($PKGNAME$)", Pairs(),
+               "Orvane Asset Management (Orvane)");
+        AddRow("every occurrence", "$F$, $F$ and $F$", Pairs{{"$F$", "USR_A"}},
+               "USR_A, USR_A and USR_A");
+        AddRow("value filled again by a later pair", "Error: $DETAILS$",
+               Pairs{{"$DETAILS$", "bad $F$"}, {"$F$", "USR_X"}}, "Error: bad USR_X");
+        AddRow("value not filled by an earlier pair", "Error: $DETAILS$",
+               Pairs{{"$F$", "USR_X"}, {"$DETAILS$", "bad $F$"}}, "Error: bad $F$");
+        AddRow("product pairs come first", "$PKGNAME$ $X$", Pairs{{"$X$", "$PKGNAME$"}},
+               "Orvane $PKGNAME$");
+        AddRow("caller may override the product name", "$A$",
+               Pairs{{"$A$", "$PKGFULLNAME$"}, {"$PKGFULLNAME$", "Other"}}, "Other");
+        AddRow("empty placeholder and null value skipped", "a$B$c",
+               Pairs{{"", "zz"}, {"$B$", QString()}, {"$B$", "b"}}, "abc");
+        AddRow("empty value removes", "a$B$c", Pairs{{"$B$", QStringLiteral("")}, {"$B$", "b"}},
+               "ac");
         Pairs seven;
         for (char c = '1'; c <= '7'; ++c)
             seven << Placeholder(QStringLiteral("$%1$").arg(c), QString(QChar(c - '1' + 'a')));
-        row("seventh pair ignored", "$1$$2$$3$$4$$5$$6$$7$", seven, "abcdef$7$");
-        row("skipped pairs count towards six", "$1$$7$",
+        AddRow("seventh pair ignored", "$1$$2$$3$$4$$5$$6$$7$", seven, "abcdef$7$");
+        AddRow(
+            "skipped pairs count towards six", "$1$$7$",
             Pairs{{"", "a"}, {"", "b"}, {"", "c"}, {"", "d"}, {"", "e"}, {"$1$", ""}, {"$7$", "g"}},
             "$7$");
-        row("case matters", "$pkgname$", Pairs(), "$pkgname$");
+        AddRow("case matters", "$pkgname$", Pairs(), "$pkgname$");
     }
 
     void placeholders() {
@@ -444,10 +444,10 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("installed");
         QTest::addColumn<QString>("used");
         const QStringList installed{"DejaVu Sans", "MS PGothic", "ms sans serif"};
-        row("installed under another case", "MS Sans Serif", installed, "ms sans serif");
-        row("missing", "MS Sans Serif", QStringList{"DejaVu Sans"}, "");
-        row("no family wanted", "", installed, "");
-        row("prefix is not a match", "MS", installed, "");
+        AddRow("installed under another case", "MS Sans Serif", installed, "ms sans serif");
+        AddRow("missing", "MS Sans Serif", QStringList{"DejaVu Sans"}, "");
+        AddRow("no family wanted", "", installed, "");
+        AddRow("prefix is not a match", "MS", installed, "");
     }
 
     void fontFamilyToUse() {

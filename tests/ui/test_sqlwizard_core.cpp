@@ -3,6 +3,7 @@
 
 #include "db/sqlwizard.h"
 #include "db/sqlwizard_interface.h"
+#include "support/testsupport.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,11 +15,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString Working = QStringLiteral(QUILLET_TEST_WIZARD_DIR);
-
-bool writeFile(const QString& path, const QByteArray& content) {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
 
 } // namespace
 
@@ -90,9 +86,9 @@ private Q_SLOTS:
         QVERIFY(dir.mkpath(u"a"_s) && dir.mkpath(u"b"_s) && dir.mkpath(u"c/libsqlwizard.so"_s));
         const QString a = dir.filePath(u"a"_s), b = dir.filePath(u"b"_s), c = dir.filePath(u"c"_s);
         QCOMPARE(db::FindSqlWizardLibrary({a, b, dir.filePath(u"missing"_s)}), QString());
-        QVERIFY(writeFile(b + u"/libsqlwizard.so"_s, {}));
+        QVERIFY(testsupport::WriteFile(b + u"/libsqlwizard.so"_s, {}));
         QCOMPARE(db::FindSqlWizardLibrary({c, QString(), a, b}), b + u"/libsqlwizard.so"_s);
-        QVERIFY(writeFile(a + u"/libsqlwizard.so"_s, {}));
+        QVERIFY(testsupport::WriteFile(a + u"/libsqlwizard.so"_s, {}));
         QCOMPARE(db::FindSqlWizardLibrary({a, b}), a + u"/libsqlwizard.so"_s);
         QCOMPARE(db::FindSqlWizardLibrary({b, a}), b + u"/libsqlwizard.so"_s);
     }
@@ -160,8 +156,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.libraryPath, code == ORV_E_CLASSNOTREG
                                           ? QString()
                                           : QDir(directory).filePath(u"libsqlwizard.so"_s));
-        QFile file(record);
-        QCOMPARE(file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString(),
+        QCOMPARE(QString::fromUtf8(testsupport::ReadFile(record)),
                  called ? u"dsn=[ Inventory\t] user=[ admin ] password=[p;w\u00e9] sql=[select 1] "
                           u"nlq=[7] nlqtext=[all assets]\nreleased objects=0 texts=0\n"_s
                         : QString());
@@ -178,7 +173,7 @@ private Q_SLOTS:
     void libraryThatDoesNotLoad() {
         QTemporaryDir root;
         const QString path = root.filePath(u"libsqlwizard.so"_s);
-        QVERIFY(writeFile(path, "not a library\n"));
+        QVERIFY(testsupport::WriteFile(path, "not a library\n"));
         const db::SqlWizardOutcome outcome = db::CallSqlWizard({root.path()}, {});
         QCOMPARE(outcome.code, ORV_E_ERRORINDLL);
         QCOMPARE(outcome.libraryPath, path);
