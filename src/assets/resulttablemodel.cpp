@@ -1,5 +1,6 @@
 #include "assets/resulttablemodel.h"
 
+#include "assets/displaytext.h"
 #include "assets/sortkeys.h"
 
 #include <QElapsedTimer>
@@ -92,23 +93,35 @@ ResultTableModel::~ResultTableModel() {
 // Opening and fetching
 
 void ResultTableModel::open(db::odbc::Statement&& executed) {
+    FirstBlock first = ReadFirstBlock(executed);
+    open(std::move(executed), std::move(first));
+}
+
+ResultTableModel::FirstBlock ResultTableModel::ReadFirstBlock(db::odbc::Statement& executed) {
+    FirstBlock first;
+    first.complete = executed.columns().empty();
+    if (!first.complete) {
+        executed.setBlockSize(FirstBlockRows);
+        // A short block means the end of the result; asking again then costs nothing.
+        while (first.rows.size() < size_t(FirstBlockRows) && !first.complete)
+            first.complete = !executed.fetchBlock(first.rows);
+    }
+    return first;
+}
+
+void ResultTableModel::open(db::odbc::Statement&& executed, FirstBlock first) {
     close();
     db::odbc::Statement statement(std::move(executed));
     const std::vector<db::odbc::ColumnInfo> fields = statement.columns();
-    std::vector<db::odbc::Row> rows;
-    bool complete = fields.empty();
-    if (!complete) {
-        statement.setBlockSize(FirstBlockRows);
-        // A short block means the end of the result; asking again then costs nothing.
-        while (rows.size() < size_t(FirstBlockRows) && !complete)
-            complete = !statement.fetchBlock(rows);
-    }
+    const bool complete = first.complete;
     RowBlockBuilder builder(int(fields.size()));
-    for (const db::odbc::Row& row : rows)
+    for (const db::odbc::Row& row : first.rows)
         builder.addRow(row);
 
     beginResetModel();
     m_fields = fields;
+    m_numberLocale = NumberLocale();
+    m_dateSettings = core::CurrentDateSettings();
     m_rightAligned.assign(fields.size(), false);
     for (size_t column = 0; column < fields.size(); ++column)
         m_rightAligned[column] = fields[column].isNumeric();
@@ -409,6 +422,24 @@ QByteArrayView ResultTableModel::value(int row, int column) const {
     return m_store.value(arrivalRow(row), column);
 }
 
+QString ResultTableModel::displayText(int row, int column) const {
+    const qsizetype arrival = arrivalRow(row);
+    if (m_store.isNull(arrival, column))
+        return QString();
+    const db::odbc::ColumnInfo& field = m_fields[size_t(column)];
+    if (field.isBinary())
+        return QStringLiteral("(BLOB)");
+    return DisplayText(field, m_store.value(arrival, column), m_dateSettings, m_numberLocale);
+}
+
+void ResultTableModel::refreshDisplay() {
+    m_numberLocale = NumberLocale();
+    m_dateSettings = core::CurrentDateSettings();
+    if (rowCount() > 0 && columnCount() > 0)
+        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1),
+                           {Qt::DisplayRole, Qt::EditRole});
+}
+
 quint32 ResultTableModel::bookmark(int row) const {
     if (row < 0 || row >= m_store.rowCount())
         return std::numeric_limits<quint32>::max();
@@ -453,16 +484,18 @@ QVariant ResultTableModel::data(const QModelIndex& index, int role) const {
         if (m_store.isNull(row, column))
             return {};
         const QByteArrayView bytes = m_store.value(row, column);
-        if (m_fields[size_t(column)].isBinary())
-            return role == Qt::DisplayRole ? QStringLiteral("(BLOB)") : hexPreview(bytes);
+        if (m_fields[size_t(column)].isBinary() && role == Qt::EditRole)
+            return hexPreview(bytes);
         if (role == Qt::DisplayRole && bytes.size() > DisplayBytes) {
             qsizetype cut = DisplayBytes;
             while (cut > 0 && (uchar(bytes[cut]) & 0xC0) == 0x80)
                 --cut; // not inside a UTF-8 sequence
             return QString::fromUtf8(bytes.first(cut)) + QChar(0x2026);
         }
-        return QString::fromUtf8(bytes);
+        return displayText(index.row(), column);
     }
+    case NullRole:
+        return isNull(index.row(), column);
     case Qt::TextAlignmentRole:
         if (m_rightAligned[size_t(column)])
             return int(Qt::AlignRight | Qt::AlignVCenter);

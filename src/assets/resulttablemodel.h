@@ -35,6 +35,7 @@
 
 #include "assets/dataset.h"
 #include "assets/rowstore.h"
+#include "core/dateformat.h"
 #include "db/odbc/odbc.h"
 
 #include <QAbstractTableModel>
@@ -58,6 +59,8 @@ public:
     enum Role {
         // The value's bytes as a QByteArray (UTF-8 text, raw binary); null for NULL.
         RawValueRole = Qt::UserRole + 1,
+        // True for SQL NULL, which the display role gives as an empty text.
+        NullRole,
     };
 
     explicit ResultTableModel(QObject* parent = nullptr);
@@ -68,6 +71,13 @@ public:
     // When the first block holds the whole result, fetchFinished() is emitted before
     // open() returns; otherwise the rest arrives in the background.
     void open(db::odbc::Statement&& executed);
+    // The same in two steps, so that the first rows can be read on another thread.
+    struct FirstBlock {
+        std::vector<db::odbc::Row> rows;
+        bool complete = false; // the rows are the whole result
+    };
+    static FirstBlock ReadFirstBlock(db::odbc::Statement& executed);
+    void open(db::odbc::Statement&& executed, FirstBlock first);
     // Stops a running fetch, waits for the worker to stop and empties the model. The
     // worker stops after the block it is reading; a fetch call that takes longer than a
     // moment is cancelled (Statement::cancel). Safe to call at any time, more than once,
@@ -91,6 +101,11 @@ public:
     // A value by grid row (in the current order) and column.
     bool isNull(int row, int column) const;
     QByteArrayView value(int row, int column) const;
+    // A value as the user sees it (see displaytext.h), whole; empty for NULL, "(BLOB)"
+    // for binary values. The display role gives the same, cut after DisplayBytes.
+    QString displayText(int row, int column) const;
+    // Shows the values again in the date format and locale now in force.
+    void refreshDisplay();
     // Bytes of all values read so far, and the memory that holds them.
     qsizetype textBytes() const { return m_store.textBytes(); }
     qsizetype memoryBytes() const;
@@ -148,6 +163,9 @@ private:
     quint64 m_generation = 0;
     std::vector<db::odbc::ColumnInfo> m_fields;
     std::vector<bool> m_rightAligned;
+    // Taken when a result opens and by refreshDisplay().
+    QLocale m_numberLocale;
+    core::DateSettings m_dateSettings;
     RowStore m_store;
 
     std::shared_ptr<Fetch> m_fetch;

@@ -13,10 +13,30 @@ QSettings openStore(bool perUser) {
                      QStringLiteral("Marrowby"), QStringLiteral("Quillet"));
 }
 
-QString keyPath(const QString& subkey, const QString& valueName) {
-    QString group = subkey;
-    group.replace(QLatin1Char('\\'), QLatin1Char('/'));
-    return group.isEmpty() ? valueName : group + QLatin1Char('/') + valueName;
+// The stored name that equals `name` ignoring case, or `name` when there is none.
+QString storedName(const QStringList& names, const QString& name) {
+    if (names.contains(name))
+        return name;
+    for (const QString& stored : names)
+        if (stored.compare(name, Qt::CaseInsensitive) == 0)
+            return stored;
+    return name;
+}
+
+// Key and value names are found whatever their case, as in the registry, so that a value
+// written as "Assettype" is the one read as "ASSETTYPE".
+QString keyPath(QSettings& store, const QString& subkey, const QString& valueName) {
+    QStringList groups;
+    for (const QString& group : subkey.split(QLatin1Char('\\'), Qt::SkipEmptyParts)) {
+        const QString name = storedName(store.childGroups(), group);
+        store.beginGroup(name);
+        groups << name;
+    }
+    const QString value = storedName(store.childKeys(), valueName);
+    for (qsizetype i = 0; i < groups.size(); ++i)
+        store.endGroup();
+    groups << value;
+    return groups.join(QLatin1Char('/'));
 }
 
 } // namespace
@@ -27,7 +47,7 @@ bool ReadRegistryString(const QString& subkey, const QString& valueName, QString
     buffer.clear();
     const int capacity = qMax(0, bufferLength - 1);
     QSettings store = openStore(perUser);
-    const QString key = keyPath(subkey, valueName);
+    const QString key = keyPath(store, subkey, valueName);
     const QVariant stored = store.value(key);
     if (stored.isValid()) {
         buffer = stored.toString().left(capacity);
@@ -46,7 +66,7 @@ bool WriteRegistryString(const QString& subkey, const QString& valueName, const 
     QSettings store = openStore(perUser);
     if (!store.isWritable())
         return false;
-    store.setValue(keyPath(subkey, valueName), value);
+    store.setValue(keyPath(store, subkey, valueName), value);
     store.sync();
     return store.status() == QSettings::NoError;
 }

@@ -20,11 +20,21 @@ public:
     DatabaseDialect dialect() const { return m_dialect; }
     // The provider string set by the last connect sequence.
     const QString& connectionString() const { return m_connectionString; }
+    // True when the open connection was made with other inputs than these: a query must
+    // then connect again, so that it never reaches a database other than the one named.
+    bool differsFrom(const QString& password, const QString& userName,
+                     const QString& dataSourceName) const;
+    // The data source of the open connection; empty when none is open.
+    QString connectedDataSource() const;
 
 private:
     odbc::Connection m_connection;
     DatabaseDialect m_dialect = DatabaseDialect::Default;
     QString m_connectionString;
+    // The inputs of the last connect sequence that succeeded.
+    QString m_password;
+    QString m_userName;
+    QString m_dataSourceName;
 };
 
 } // namespace db

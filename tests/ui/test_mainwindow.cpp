@@ -7,17 +7,24 @@
 #include "core/registry.h"
 #include "core/ui/main.h"
 #include "core/ui/messages.h"
+#include "core/ui/preferences.h"
 #include "db/odbc/odbc.h"
 #include "db/ui/details.h"
 #include "support/testsupport.h"
 
 #include <QAction>
 #include <QClipboard>
+#include <QElapsedTimer>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QTabBar>
+#include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
+#include <QToolButton>
 
 #include <memory>
 
@@ -26,6 +33,15 @@ using ui::TfmMain;
 namespace {
 
 const QString Dsn = QStringLiteral("QuilletMainWindow");
+const QString OtherDsn = QStringLiteral("QuilletMainWindowOther");
+
+// Marks a database with its name, in a table of that name.
+void createWhichDb(const QString& dsn, const QString& name) {
+    db::odbc::Connection connection;
+    connection.open(QStringLiteral("DSN=") + dsn);
+    connection.execute(QStringLiteral("CREATE TABLE WHICHDB (NAME VARCHAR(10))"));
+    connection.execute(QStringLiteral("INSERT INTO WHICHDB VALUES ('%1')").arg(name));
+}
 
 QString rememberedSql() {
     QString value;
@@ -76,6 +92,9 @@ private Q_SLOTS:
             insert.execute();
         }
         connection.commit();
+        createWhichDb(Dsn, QStringLiteral("first"));
+        testsupport::SqliteDsn(OtherDsn, m_dir.filePath(QStringLiteral("other.db")));
+        createWhichDb(OtherDsn, QStringLiteral("second"));
     }
 
     void startupQueryShowsRowsAndCount() {
@@ -150,22 +169,112 @@ private Q_SLOTS:
         QCOMPARE(rememberedSql(), QStringLiteral("select QTY from ASSETS where QTY = 1"));
     }
 
-    // A temporary table lives only as long as its connection: it shows whether the
-    // window kept the connection or made a new one.
-    void reconnectsOnlyWhenTheConnectionChanges() {
-        auto window = openWindow(QStringLiteral("select 1 as ONE"));
-        QCOMPARE(
-            window->DispatchCommand(core::CMD_EXECUTE_SQL,
-                                    QStringLiteral("CREATE TEMP TABLE SESSIONMARK (X INTEGER)")),
-            0);
-        window->findChild<QAction*>(QStringLiteral("ViewDetails"))->trigger();
-        setPanelSql(*window, QStringLiteral("select * from SESSIONMARK"));
-        window->RunQuery();
-        QVERIFY(window->viewQuery()->isOpen());
+    // What the panel names is what the statement reaches. A temporary table lives only as
+    // long as its connection: it tells whether the window kept the connection.
+    void panelChangesReachTheNamedDatabase_data() {
+        QTest::addColumn<QString>("box");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("database");
+        QTest::addColumn<int>("sessionMarks");
+        QTest::newRow("unchanged") << "EditID"
+                                   << ""
+                                   << "first" << 1;
+        QTest::newRow("password") << "EditPass"
+                                  << "other"
+                                  << "first" << 0;
+        QTest::newRow("data source") << "EditDSN" << OtherDsn << "second" << 0;
+        QTest::newRow("unknown data source") << "EditDSN"
+                                             << "NoSuchSource"
+                                             << "" << 0;
+    }
 
-        window->findChild<QLineEdit*>(QStringLiteral("EditPass"))->setText(QStringLiteral("other"));
+    void panelChangesReachTheNamedDatabase() {
+        QFETCH(QString, box);
+        QFETCH(QString, value);
+        QFETCH(QString, database);
+        QFETCH(int, sessionMarks);
+        auto window = openWindow(QStringLiteral("select 1 as ONE"));
+        window->DispatchCommand(core::CMD_EXECUTE_SQL,
+                                QStringLiteral("CREATE TEMP TABLE SESSIONMARK (X INTEGER)"));
+        window->findChild<QAction*>(QStringLiteral("ViewDetails"))->trigger();
+        window->findChild<QLineEdit*>(box)->setText(value);
+        setPanelSql(*window,
+                    QStringLiteral("select NAME, (select count(*) from sqlite_temp_master) "
+                                   "as MARKS from WHICHDB"));
         window->RunQuery();
-        QVERIFY2(!window->viewQuery()->isOpen(), "a new connection has no temporary table");
+        const QString shown =
+            window->findChild<QLabel*>(QStringLiteral("StatusDataSource"))->text();
+        if (database.isEmpty()) {
+            QVERIFY(!window->viewQuery()->isOpen());
+            QCOMPARE(shown, QStringLiteral("Not connected"));
+            return;
+        }
+        QCOMPARE(cell(*window, 0, QStringLiteral("NAME")), database);
+        QCOMPARE(cell(*window, 0, QStringLiteral("MARKS")).toInt(), sessionMarks);
+        QVERIFY2(shown.endsWith(box == QLatin1String("EditDSN") ? value : Dsn), qPrintable(shown));
+    }
+
+    // The interactive program opens the panel for a data source it could not reach.
+    void startupConnectionErrorOpensTheDetailsPanel() {
+        TfmMain window(QStringLiteral("\"quillet\" \"ODBC=NoSuchSource\" \"SQL=select 1\""));
+        QVERIFY(window.detailsForm() && window.detailsForm()->isVisibleTo(&window));
+        QCOMPARE(window.detailsForm()->dataSourceName(), QStringLiteral("NoSuchSource"));
+    }
+
+    // A statement without a result set ran all the same: the box says what it changed.
+    void statementWithoutRowsSaysWhatItChanged() {
+        const QString log = m_dir.filePath(QStringLiteral("norows.log"));
+        auto window = openWindow(QStringLiteral("UPDATE ASSETS SET QTY = QTY WHERE QTY <= 4"),
+                                 QStringLiteral(" \"LOG=%1\"").arg(log));
+        QVERIFY(!window->viewQuery()->isOpen());
+        QVERIFY2(testsupport::ReadFile(log).contains(
+                     "The statement ran and changed 4 row(s), but it does not return a result set "
+                     "to show."),
+                 testsupport::ReadFile(log).constData());
+    }
+
+    // While a slow statement runs the window repaints, and Cancel in the status bar stops it.
+    void slowStatementKeepsTheWindowAliveAndCancels() {
+        const testsupport::TestDatabase server =
+            testsupport::ServerDsn(testsupport::Server::PostgreSql);
+        QUILLET_REQUIRE_DATABASE(server);
+        TfmMain window(QStringLiteral("\"quillet\" \"ODBC=%1\" \"USER=%2\" \"PWD=%3\" "
+                                      "\"SQL=select 1 as ONE\"")
+                           .arg(server.dsn, server.user, server.password));
+        window.show();
+        window.findChild<QAction*>(QStringLiteral("ViewDetails"))->trigger();
+        setPanelSql(window, QStringLiteral("select pg_sleep(60) as SLEPT"));
+        bool paintedWhileRunning = false;
+        QTimer::singleShot(500, &window, [&] {
+            auto* cancel = window.findChild<QToolButton*>(QStringLiteral("BtnCancelStatement"));
+            QVERIFY(cancel->isVisible() && cancel->isEnabled());
+            QVERIFY(!window.findChild<QAction*>(QStringLiteral("ActionExecute"))->isEnabled());
+            paintedWhileRunning = !window.grab().isNull();
+            QTest::mouseClick(cancel, Qt::LeftButton);
+        });
+        QElapsedTimer elapsed;
+        elapsed.start();
+        window.RunQuery();
+        QVERIFY(paintedWhileRunning);
+        QVERIFY2(elapsed.elapsed() < 20000, "the statement was not cancelled");
+        QVERIFY(!window.viewQuery()->isOpen());
+        QVERIFY(window.findChild<QAction*>(QStringLiteral("ActionExecute"))->isEnabled());
+    }
+
+    // Size and position come back in the next run; the preferences show every tab title.
+    void windowLayoutIsKeptAndPreferencesShowEveryTab() {
+        {
+            auto window = openWindow(QStringLiteral("select 1 as ONE"));
+            window->setGeometry(40, 50, 700, 420);
+            window->close();
+        }
+        auto window = openWindow(QStringLiteral("select 1 as ONE"));
+        QCOMPARE(window->size(), QSize(700, 420));
+
+        ui::TPreferences preferences(window.get());
+        preferences.show();
+        const auto* tabs = preferences.findChild<QTabWidget*>(QStringLiteral("PageControl1"));
+        QVERIFY(tabs->tabBar()->width() >= tabs->tabBar()->sizeHint().width());
     }
 
     void executeSqlCommandAnswersRowsAffected() {

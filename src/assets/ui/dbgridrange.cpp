@@ -1,14 +1,19 @@
 #include "assets/ui/dbgridrange.h"
 
 #include "assets/dataset.h"
+#include "assets/resulttablemodel.h"
+#include "assets/sortkeys.h"
 
+#include <QCoreApplication>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
+#include <QToolTip>
 
 #include <algorithm>
 #include <optional>
@@ -71,19 +76,50 @@ public:
         if (!enabled)
             text = cell.palette.color(QPalette::Disabled, QPalette::Text);
 
+        // NULL is not an empty text: it shows as a dimmed, slanted NULL.
+        QFont font = cell.font;
+        QString shown = cell.text;
+        if (index.data(assets::ResultTableModel::NullRole).toBool()) {
+            font.setItalic(true);
+            text = cell.palette.color(QPalette::Disabled, QPalette::Text);
+            shown = QStringLiteral("NULL");
+        }
+        const QRect area = textArea(option.rect);
         painter->save();
         painter->setClipRect(option.rect);
         painter->setPen(text);
-        painter->setFont(cell.font);
+        painter->setFont(font);
         const Qt::Alignment horizontal =
             QStyle::visualAlignment(cell.direction, columnAlignment(index)) &
             Qt::AlignHorizontal_Mask;
-        painter->drawText(option.rect.adjusted(CellMargin, CellMargin, -CellMargin, -CellMargin),
-                          int(horizontal | Qt::AlignVCenter | Qt::TextSingleLine), cell.text);
+        painter->drawText(area, int(horizontal | Qt::AlignVCenter | Qt::TextSingleLine),
+                          QFontMetrics(font).elidedText(shown, Qt::ElideRight, area.width()));
         painter->restore();
     }
 
+    // A value cut off by its column shows whole in a tooltip.
+    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                   const QModelIndex& index) override {
+        if (event->type() != QEvent::ToolTip || index.data(Qt::ToolTipRole).isValid())
+            return QStyledItemDelegate::helpEvent(event, view, option, index);
+        const QString text = index.data(Qt::DisplayRole).toString();
+        if (option.fontMetrics.horizontalAdvance(text) <= textArea(option.rect).width()) {
+            QToolTip::hideText();
+            return true;
+        }
+        constexpr qsizetype TipCharacters = 2000;
+        QString whole = index.data(Qt::EditRole).toString();
+        if (whole.size() > TipCharacters)
+            whole = whole.left(TipCharacters) + QChar(0x2026);
+        QToolTip::showText(event->globalPos(), whole, view, option.rect);
+        return true;
+    }
+
 private:
+    static QRect textArea(const QRect& cell) {
+        return cell.adjusted(CellMargin, CellMargin, -CellMargin, -CellMargin);
+    }
+
     Qt::Alignment columnAlignment(const QModelIndex& index) const {
         const QVariant alignment = index.data(Qt::TextAlignmentRole);
         if (alignment.isValid())
@@ -104,6 +140,7 @@ class RowIndicator : public QHeaderView {
 public:
     explicit RowIndicator(TDBGridRange* grid) : QHeaderView(Qt::Vertical, grid), m_grid(grid) {
         setSectionsClickable(false);
+        setMouseTracking(false);
         setSectionResizeMode(QHeaderView::Fixed);
         setHighlightSections(false);
     }
@@ -131,7 +168,26 @@ protected:
         painter->drawPolygon(arrow, 3);
     }
 
+    // A click on the indicator is a click on the row's cell in the current column (or in
+    // the first column on screen), with the same selection rules.
+    void mousePressEvent(QMouseEvent* event) override { forward(event); }
+    void mouseMoveEvent(QMouseEvent* event) override { forward(event); }
+    void mouseReleaseEvent(QMouseEvent* event) override { forward(event); }
+    void mouseDoubleClickEvent(QMouseEvent* event) override { forward(event); }
+
 private:
+    void forward(QMouseEvent* event) {
+        const int width = m_grid->viewport()->width();
+        int x = m_grid->columnViewportPosition(m_grid->currentIndex().column()) + 1;
+        if (x <= 0 || x >= width)
+            x = 1;
+        const QPointF point(x, event->position().y());
+        QMouseEvent moved(event->type(), point, m_grid->viewport()->mapToGlobal(point),
+                          event->button(), event->buttons(), event->modifiers());
+        QCoreApplication::sendEvent(m_grid->viewport(), &moved);
+        event->setAccepted(moved.isAccepted());
+    }
+
     TDBGridRange* m_grid;
 };
 
@@ -267,7 +323,24 @@ void TDBGridRange::setModel(QAbstractItemModel* newModel) {
                                          &TDBGridRange::makeFirstRowCurrent));
     m_modelConnections.push_back(connect(newModel, &QAbstractItemModel::layoutChanged, this,
                                          &TDBGridRange::makeFirstRowCurrent));
+    m_modelConnections.push_back(
+        connect(newModel, &QAbstractItemModel::modelReset, this, &TDBGridRange::ShowSortIndicator));
+    m_modelConnections.push_back(connect(newModel, &QAbstractItemModel::layoutChanged, this,
+                                         &TDBGridRange::ShowSortIndicator));
     makeFirstRowCurrent();
+    ShowSortIndicator();
+}
+
+void TDBGridRange::ShowSortIndicator() {
+    const assets::QueryDataSet* dataSet = DataSet();
+    const auto request =
+        dataSet ? assets::ParseSortText(dataSet->sortText()) : std::optional<assets::SortRequest>();
+    const int column =
+        request && !request->field.isEmpty() ? dataSet->fieldIndex(request->field) : -1;
+    horizontalHeader()->setSortIndicatorShown(column >= 0);
+    if (column >= 0)
+        horizontalHeader()->setSortIndicator(column, request->descending ? Qt::DescendingOrder
+                                                                         : Qt::AscendingOrder);
 }
 
 assets::QueryDataSet* TDBGridRange::DataSet() const {
@@ -531,7 +604,7 @@ void TDBGridRange::makeFirstRowCurrent() {
 
 void TDBGridRange::mousePressEvent(QMouseEvent* event) {
     const bool shift = event->modifiers().testFlag(Qt::ShiftModifier);
-    if (event->button() != Qt::LeftButton || !shift || !rangeApplies()) {
+    if (!shift || !rangeApplies()) {
         QTableView::mousePressEvent(event);
         if (!shift)
             m_range.plainPress(Cursor(*this), LinkActive() && currentIndex().isValid());

@@ -75,6 +75,9 @@ public:
     int ColumnWidth(int column) const;
     void SetColumnWidth(int column, int width);
 
+    // Shows the data set's sort column and direction in the column titles.
+    void ShowSortIndicator();
+
     QColor HTMLColor() const { return m_htmlColor; }
     void setHTMLColor(const QColor& color) { m_htmlColor = color; }
     QColor HTMLFixedColor() const { return m_htmlFixedColor; }

@@ -2,6 +2,7 @@
 
 #include "assets/dataset.h"
 #include "assets/gridlayout.h"
+#include "assets/rowstext.h"
 #include "assets/sorttext.h"
 #include "assets/ui/dbgridrange.h"
 #include "core/commands.h"
@@ -10,11 +11,17 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QClipboard>
 #include <QFrame>
+#include <QHeaderView>
+#include <QMenu>
+#include <QProgressDialog>
+#include <QScopeGuard>
 #include <QToolButton>
 #include <QVBoxLayout>
 
 #include <exception>
+#include <memory>
 
 namespace ui {
 
@@ -90,6 +97,19 @@ TGridForm::TGridForm(core::CommandTarget& mainWindow, const GridActions& actions
     DBGrid->setObjectName(QStringLiteral("DBGrid"));
     panelLayout->addWidget(DBGrid, 1);
 
+    ActionCopy = new QAction(translation::Translate(QStringLiteral("&Copy")), DBGrid);
+    ActionCopy->setObjectName(QStringLiteral("ActionCopy"));
+    ActionCopy->setShortcut(QKeySequence::Copy);
+    ActionCopy->setShortcutContext(Qt::WidgetShortcut);
+    DBGrid->addAction(ActionCopy);
+    connect(ActionCopy, &QAction::triggered, this, &TGridForm::ActionCopyExecute);
+
+    QHeaderView* titles = DBGrid->horizontalHeader();
+    titles->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(titles, &QWidget::customContextMenuRequested, this, [this, titles](const QPoint& at) {
+        CreateHeaderMenu()->popup(titles->mapToGlobal(at));
+    });
+
     connect(DBGrid, &TDBGridRange::titleClicked, this, &TGridForm::DBGridTitleClick);
     connect(DBGrid, &TDBGridRange::keyReleased, this, &TGridForm::DBGridKeyUp);
     connect(DBGrid, &TDBGridRange::mouseReleased, this, &TGridForm::DBGridMouseUp);
@@ -109,6 +129,7 @@ void TGridForm::DBGridTitleClick(int column) {
     DBGrid->ClearSelection();
     const QString fieldName = DBGrid->ColumnFieldName(column);
     dataSet->setSortText(assets::NextSortText(dataSet->sortText(), fieldName));
+    DBGrid->ShowSortIndicator();
     m_mainWindow.DispatchCommand(core::CMD_SYNC_EDITOR, 0);
 }
 
@@ -188,6 +209,83 @@ void TGridForm::LoadLayout() {
     } catch (const std::exception&) {
         QApplication::beep();
     }
+}
+
+std::vector<int> TGridForm::shownColumns() const {
+    std::vector<int> columns;
+    const QHeaderView* titles = DBGrid->horizontalHeader();
+    for (int visual = 0; visual < titles->count(); ++visual) {
+        const int column = titles->logicalIndex(visual);
+        if (DBGrid->ColumnVisible(column))
+            columns.push_back(column);
+    }
+    return columns;
+}
+
+void TGridForm::ActionCopyExecute() {
+    if (!DBGrid->model())
+        return;
+    const std::vector<int> rows = DBGrid->SelectedRows();
+    if (!rows.empty()) {
+        copyRows(rows);
+        return;
+    }
+    const QModelIndex current = DBGrid->currentIndex();
+    if (current.isValid())
+        QGuiApplication::clipboard()->setText(current.data(Qt::EditRole).toString());
+}
+
+void TGridForm::copyRows(const std::vector<int>& rows) {
+    using translation::Translate;
+    // Large selections take seconds: they show their progress and can be stopped.
+    constexpr size_t QuietRows = 20000;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const auto restoreCursor = qScopeGuard([] { QApplication::restoreOverrideCursor(); });
+    std::unique_ptr<QProgressDialog> progress;
+    if (rows.size() > QuietRows) {
+        progress = std::make_unique<QProgressDialog>(
+            Translate(QStringLiteral("Copying the selected rows...")),
+            Translate(QStringLiteral("Cancel")), 0, int(rows.size()), this);
+        progress->setObjectName(QStringLiteral("CopyProgress"));
+        progress->setWindowModality(Qt::WindowModal);
+        progress->setMinimumDuration(0);
+    }
+    const QString text =
+        assets::RowsAsText(*DBGrid->model(), rows, shownColumns(), [&](qsizetype done) {
+            if (!progress)
+                return true;
+            progress->setValue(int(done));
+            return !progress->wasCanceled();
+        });
+    if (!text.isEmpty())
+        QGuiApplication::clipboard()->setText(text);
+}
+
+QMenu* TGridForm::CreateHeaderMenu() {
+    auto* menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("HeaderMenu"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const std::vector<int> shown = shownColumns();
+    for (int column = 0; column < DBGrid->ColumnCount(); ++column) {
+        QAction* item = menu->addAction(DBGrid->ColumnFieldName(column));
+        item->setCheckable(true);
+        item->setChecked(DBGrid->ColumnVisible(column));
+        // The last column shown stays: a grid without columns cannot be reached again.
+        item->setEnabled(!(shown.size() == 1 && shown.front() == column));
+        connect(item, &QAction::toggled, this,
+                [this, column](bool visible) { DBGrid->SetColumnVisible(column, visible); });
+    }
+    menu->addSeparator();
+    QAction* reset = menu->addAction(translation::Translate(QStringLiteral("&Reset Layout")));
+    reset->setObjectName(QStringLiteral("ActionResetLayout"));
+    connect(reset, &QAction::triggered, this, &TGridForm::ResetLayout);
+    return menu;
+}
+
+void TGridForm::ResetLayout() {
+    for (int column = 0; column < DBGrid->ColumnCount(); ++column)
+        DBGrid->SetColumnVisible(column, true);
+    FitColumnsToRows();
 }
 
 void TGridForm::SetColumnVisibility(int index, bool hidden) {

@@ -2,9 +2,12 @@
 
 #include <QWidget>
 
+#include <vector>
+
 class QAbstractItemModel;
 class QAction;
 class QFrame;
+class QMenu;
 class QToolButton;
 
 namespace core {
@@ -54,6 +57,14 @@ public:
     // For the ID column, by its index in the result's fields.
     void SetColumnVisibility(int index, bool hidden);
 
+    // Ctrl+C: the selected rows (or the current cell when none is selected) go to the
+    // clipboard as tab-separated text with a title line.
+    void ActionCopyExecute();
+    // The column titles' context menu: a check item per column to hide or show it, and
+    // one that shows every column at the width that fits its rows. Deleted on close.
+    QMenu* CreateHeaderMenu();
+    void ResetLayout();
+
     void DBGridTitleClick(int column);
     void DBGridKeyUp();
     void DBGridMouseUp();
@@ -61,6 +72,9 @@ public:
 
 private:
     void UpdateStatusText();
+    // Visible columns, in the order they are shown.
+    std::vector<int> shownColumns() const;
+    void copyRows(const std::vector<int>& rows);
 
     core::CommandTarget& m_mainWindow;
 
@@ -73,6 +87,7 @@ private:
     QToolButton* BtnEdit = nullptr;
     QToolButton* BtnDetails = nullptr;
     TDBGridRange* DBGrid = nullptr;
+    QAction* ActionCopy = nullptr;
 };
 
 } // namespace ui

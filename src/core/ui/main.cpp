@@ -14,6 +14,7 @@
 #include "db/ui/details.h"
 #include "db/ui/help.h"
 #include "db/ui/sqlwizardclient.h"
+#include "db/ui/statementrunner.h"
 #include "schema/schemacreation.h"
 #include "translation/translate.h"
 
@@ -23,6 +24,7 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QMenuBar>
+#include <QScopeGuard>
 #include <QScreen>
 #include <QStatusBar>
 #include <QVBoxLayout>
@@ -37,6 +39,9 @@ namespace {
 
 const char* const StartBanner = "....................  Program started  ....................";
 const char* const EndBanner = "                     Program terminated                     ";
+
+constexpr auto WindowKey = "Window";
+constexpr int WindowBufferLength = 4096;
 
 // Restores the normal cursor on every way out of a long operation.
 class HourglassCursor {
@@ -81,6 +86,12 @@ TfmMain::TfmMain(const QString& rawCommandLine, QWidget* parent) : QMainWindow(p
     StatusBar = new QLabel(this);
     StatusBar->setObjectName(QStringLiteral("StatusBar"));
     statusBar()->addWidget(StatusBar, 1);
+    // Where the user always sees which database a statement reaches.
+    StatusDataSource = new QLabel(this);
+    StatusDataSource->setObjectName(QStringLiteral("StatusDataSource"));
+    statusBar()->addPermanentWidget(StatusDataSource);
+    m_statementRunner = new TStatementRunner(statusBar());
+    showConnectedDataSource();
 
     ViewQuery = new assets::ResultTableModel(this);
     ViewQuery->setObjectName(QStringLiteral("ViewQuery"));
@@ -97,6 +108,30 @@ TfmMain::TfmMain(const QString& rawCommandLine, QWidget* parent) : QMainWindow(p
 
     createActions();
     FormCreate(rawCommandLine);
+    if (!m_noGui)
+        restoreWindowLayout();
+}
+
+// The window's size, position and maximised state and its panels' sizes, kept between
+// runs under "Window".
+void TfmMain::restoreWindowLayout() {
+    QString geometry;
+    QString state;
+    if (core::ReadRegistryString(QLatin1String(WindowKey), QStringLiteral("Geometry"), geometry,
+                                 WindowBufferLength, std::nullopt))
+        restoreGeometry(QByteArray::fromBase64(geometry.toLatin1()));
+    if (core::ReadRegistryString(QLatin1String(WindowKey), QStringLiteral("State"), state,
+                                 WindowBufferLength, std::nullopt))
+        restoreState(QByteArray::fromBase64(state.toLatin1()));
+    if (m_details)
+        restoreDockWidget(m_details);
+}
+
+void TfmMain::saveWindowLayout() {
+    core::WriteRegistryString(QLatin1String(WindowKey), QStringLiteral("Geometry"),
+                              QString::fromLatin1(saveGeometry().toBase64()));
+    core::WriteRegistryString(QLatin1String(WindowKey), QStringLiteral("State"),
+                              QString::fromLatin1(saveState().toBase64()));
 }
 
 TfmMain::~TfmMain() {
@@ -175,6 +210,9 @@ void TfmMain::FormCreate(const QString& rawCommandLine) {
         runStartupSteps(rawCommandLine);
     } catch (const std::exception& error) {
         reportError(QString::fromUtf8(error.what()));
+        // A data source that could not be reached is corrected in the details panel.
+        if (!m_noGui && !ASSETS.isOpen() && !m_details)
+            showDetailsFromLastConnection();
     }
     if (m_noGui)
         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
@@ -244,7 +282,21 @@ void TfmMain::createGridPanel() {
 
 void TfmMain::connectDatabase() {
     HourglassCursor hourglass;
-    ASSETS.connect(m_password, m_userName, m_dataSourceName, m_databaseType);
+    try {
+        ASSETS.connect(m_password, m_userName, m_dataSourceName, m_databaseType);
+    } catch (...) {
+        showConnectedDataSource();
+        throw;
+    }
+    showConnectedDataSource();
+}
+
+void TfmMain::showConnectedDataSource() {
+    const QString dataSource = ASSETS.connectedDataSource();
+    StatusDataSource->setText(dataSource.isEmpty()
+                                  ? Translate(QStringLiteral("Not connected"))
+                                  : Translate(QStringLiteral("Data source: $DSN$"), 0,
+                                              {{QStringLiteral("$DSN$"), dataSource}}));
 }
 
 void TfmMain::processTableDefinition(const QString& path) {
@@ -270,9 +322,6 @@ void TfmMain::RunQuery() {
     m_editableAssets = false;
     if (queryIsOpen() && m_grid)
         m_grid->SaveLayout();
-    const QString oldDataSource = m_dataSourceName;
-    const QString oldUser = m_userName;
-    const QString oldPassword = m_password;
     copyDetailsIntoFields();
     if (m_dataSourceName.isEmpty() || m_sqlText.isEmpty()) {
         if (!m_details && !m_noGui)
@@ -281,8 +330,9 @@ void TfmMain::RunQuery() {
     }
     HourglassCursor hourglass;
     try {
-        if (m_dataSourceName != oldDataSource || m_userName != oldUser ||
-            m_password != oldPassword || !ASSETS.isOpen())
+        // The panel copies itself into the fields on every change, so the inputs are
+        // compared with those the open connection was made with.
+        if (ASSETS.differsFrom(m_password, m_userName, m_dataSourceName) || !ASSETS.isOpen())
             connectDatabase();
         runAnalysedQuery();
     } catch (const std::exception& error) {
@@ -329,14 +379,47 @@ void TfmMain::executeQuery(const ExecutedQuery& query) {
     for (size_t i = 0; i < query.parameterValues.size(); ++i)
         if (query.parameterValues[i])
             statement.bindText(static_cast<int>(i) + 1, *query.parameterValues[i]);
-    statement.execute();
+    assets::ResultTableModel::FirstBlock first;
+    runStatement(statement, [&statement, &first] {
+        statement.execute();
+        first = assets::ResultTableModel::ReadFirstBlock(statement);
+    });
     if (statement.columns().empty())
-        throw std::runtime_error(
-            Translate(QStringLiteral("The statement does not return a result set.")).toStdString());
-    ViewQuery->open(std::move(statement));
+        throw std::runtime_error(noResultSetMessage(statement.rowsAffected()).toStdString());
+    ViewQuery->open(std::move(statement), std::move(first));
     m_executed = query;
     if (!sortText.isEmpty())
         ViewQuery->setSortText(sortText);
+}
+
+// Unattended, the statement runs here; with a window it runs on a worker thread while
+// the window repaints, with everything but the status bar's Cancel button disabled.
+void TfmMain::runStatement(db::odbc::Statement& statement, const std::function<void()>& work) {
+    if (m_noGui) {
+        work();
+        return;
+    }
+    const QList<QWidget*> frozen = {menuBar(), Grid_Edit, m_details};
+    for (QWidget* widget : frozen)
+        if (widget)
+            widget->setEnabled(false);
+    const auto thaw = qScopeGuard([this, frozen] {
+        for (QWidget* widget : frozen)
+            if (widget)
+                widget->setEnabled(true);
+        updateActions();
+    });
+    ActionExecute->setEnabled(false);
+    m_statementRunner->run(statement, work);
+}
+
+QString TfmMain::noResultSetMessage(long long rowsAffected) {
+    if (rowsAffected < 0)
+        return Translate(QStringLiteral("The statement ran, but it does not return a result set "
+                                        "to show."));
+    return Translate(QStringLiteral("The statement ran and changed $ROWCOUNT$ row(s), but it "
+                                    "does not return a result set to show."),
+                     0, {{QStringLiteral("$ROWCOUNT$"), QString::number(rowsAffected)}});
 }
 
 void TfmMain::closeQuery() {
@@ -464,6 +547,7 @@ qint64 TfmMain::DispatchCommand(int command, const QVariant& argument) {
 void TfmMain::showDetailsFromLastConnection() {
     m_details = new TDetailsForm(ActionExecute, this);
     addDockWidget(Qt::BottomDockWidgetArea, m_details);
+    restoreDockWidget(m_details);
     connect(m_details, &TDetailsForm::connectionEdited, this, &TfmMain::copyDetailsIntoFields);
     connect(m_details, &QDockWidget::visibilityChanged, this, &TfmMain::updateActions);
     if (m_dataSourceName.isEmpty()) {
@@ -514,8 +598,16 @@ void TfmMain::SetStatusText(const QString& text) {
 }
 
 void TfmMain::closeEvent(QCloseEvent* event) {
+    // The running statement's caller still waits for it: stop it, then close.
+    if (m_statementRunner->isRunning()) {
+        m_statementRunner->cancel();
+        event->ignore();
+        return;
+    }
     if (queryIsOpen() && m_grid)
         m_grid->SaveLayout();
+    if (!m_noGui)
+        saveWindowLayout();
     event->accept();
 }
 
@@ -555,6 +647,7 @@ void TfmMain::ActionPrefExecute() {
     if (dialog.exec() != QDialog::Accepted)
         return;
     loadPreferences();
+    ViewQuery->refreshDisplay();
     if (queryIsOpen())
         applyIdColumnVisibility();
 }

@@ -22,6 +22,7 @@ namespace ui {
 class TAboutForm;
 class TDetailsForm;
 class TGridForm;
+class TStatementRunner;
 
 // The main window. Its creation runs the whole start-up: preferences, command line,
 // log banner, connection, schema creation, asset-type import and the first query.
@@ -77,12 +78,17 @@ private:
     QAction* createAction(const char* name, const QString& caption, const QString& hint = {});
     void createGridPanel();
     void connectDatabase();
+    void showConnectedDataSource();
+    void restoreWindowLayout();
+    void saveWindowLayout();
     void processTableDefinition(const QString& path);
     void importAssetTypes(const core::CommandLineValues& options);
 
     void runAnalysedQuery();
     ExecutedQuery prepareQuery(const QString& sqlText);
     void executeQuery(const ExecutedQuery& query);
+    void runStatement(db::odbc::Statement& statement, const std::function<void()>& work);
+    static QString noResultSetMessage(long long rowsAffected);
     void closeQuery();
     void applyIdColumnVisibility();
     void showRecordCount();
@@ -127,6 +133,8 @@ private:
     TDetailsForm* m_details = nullptr;
     TAboutForm* m_aboutForm = nullptr;
     QLabel* StatusBar = nullptr;
+    QLabel* StatusDataSource = nullptr;
+    TStatementRunner* m_statementRunner = nullptr;
 
     QAction* ExitAction = nullptr;
     QAction* ActionExecute = nullptr;

@@ -16,6 +16,7 @@
 #include <QPixmap>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -141,6 +142,11 @@ void TPreferences::createControls() {
         EditMoneyFields, BtnOk,         BtnCancel};
     for (qsizetype i = 0; i + 1 < order.size(); ++i)
         setTabOrder(order.at(i), order.at(i + 1));
+
+    // Wide enough for every tab title, so that none hides behind scroll arrows.
+    PageControl1->setUsesScrollButtons(false);
+    setMinimumWidth(PageControl1->tabBar()->sizeHint().width() + layout->contentsMargins().left() +
+                    layout->contentsMargins().right() + 8);
 }
 
 QWidget* TPreferences::createLayoutPage() {

@@ -43,6 +43,12 @@ SQLWCHAR* sqlText(const QString& text) {
     return const_cast<SQLWCHAR*>(reinterpret_cast<const SQLWCHAR*>(text.utf16()));
 }
 
+// Statement text for drivers whose narrow text is UTF-8: passed through the narrow entry
+// points, where the driver manager leaves the bytes as they are.
+SQLCHAR* narrowSqlText(QByteArray& utf8) {
+    return reinterpret_cast<SQLCHAR*>(utf8.data());
+}
+
 const char16_t* utf16(const SQLWCHAR* text) {
     return reinterpret_cast<const char16_t*>(text);
 }
@@ -330,6 +336,34 @@ int OdbcError::nativeError() const {
 // ---------------------------------------------------------------------------------
 // Column types
 
+ColumnInfo::Kind ColumnInfo::kind() const {
+    switch (sqlType) {
+    case SQL_INTEGER:
+    case SQL_SMALLINT:
+    case SQL_TINYINT:
+    case SQL_BIGINT:
+        return Kind::Integer;
+    case SQL_NUMERIC:
+    case SQL_DECIMAL:
+        return Kind::Decimal;
+    case SQL_FLOAT:
+    case SQL_REAL:
+    case SQL_DOUBLE:
+        return Kind::Float;
+    case SQL_DATETIME: // SQL_DATE of ODBC 2
+    case SQL_TYPE_DATE:
+        return Kind::Date;
+    case SQL_TIME:
+    case SQL_TYPE_TIME:
+        return Kind::Time;
+    case SQL_TIMESTAMP:
+    case SQL_TYPE_TIMESTAMP:
+        return Kind::DateTime;
+    default:
+        return isBinary() ? Kind::Binary : Kind::Text;
+    }
+}
+
 bool ColumnInfo::isNumeric() const {
     return isNumericType(sqlType);
 }
@@ -373,6 +407,11 @@ struct ConnectionState {
     // outside Windows): every value is then fetched as stored, without the driver's
     // conversion to UTF-16 and ours back.
     bool narrowTextIsUtf8 = false;
+    // True where text parameters go to the driver best as UTF-8 through SQL_C_CHAR
+    // (SQLite's driver, which has no wide entry points, and MariaDB's, whose wide
+    // parameters lose text): the driver then gets the bytes unchanged, whatever the
+    // process locale, which the driver manager would otherwise convert them by.
+    bool narrowParameters = false;
     // False where SQLCancel from another thread frees what a running fetch still reads
     // (SQLite's driver): a fetch is then left to finish its call.
     bool cancelsFromAnotherThread = true;
@@ -486,6 +525,9 @@ void Connection::open(const QString& connectionString) {
         state->cancelsFromAnotherThread = !sqlite;
 #ifndef _WIN32
         state->narrowTextIsUtf8 = sqlite;
+        state->narrowParameters = sqlite ||
+                                  dbms.contains(QLatin1String("MariaDB"), Qt::CaseInsensitive) ||
+                                  dbms.contains(QLatin1String("MySQL"), Qt::CaseInsensitive);
 #endif
     } catch (const OdbcError&) {
     }
@@ -582,8 +624,10 @@ QStringList Connection::tableNames() const {
 namespace {
 
 // A bound parameter value; the map that holds it keeps its address stable.
+// A bound parameter's value: UTF-16 text, or UTF-8 text for narrow parameters.
 struct Parameter {
     std::vector<SQLWCHAR> text;
+    QByteArray narrowText;
     SQLLEN indicator = 0;
 };
 
@@ -674,18 +718,28 @@ struct Statement::Impl {
             SQLULEN size = 0;
             SQLSMALLINT digits = 0;
             SQLSMALLINT nullable = SQL_NULLABLE_UNKNOWN;
-            auto describe = [&] {
-                call(SQLDescribeColW(handle(), column, name.data(), SQLSMALLINT(name.size()),
-                                     &nameLength, &dataType, &size, &digits, &nullable),
-                     "SQLDescribeCol");
-            };
-            describe();
-            if (nameLength >= SQLSMALLINT(name.size())) {
-                name.assign(size_t(nameLength) + 1, 0);
-                describe();
-            }
             ColumnInfo info;
-            info.name = textFromBuffer(name.data(), nameLength, qsizetype(name.size()) - 1);
+            if (connection->narrowTextIsUtf8) {
+                QByteArray narrowName(1024, '\0');
+                call(SQLDescribeCol(handle(), column, reinterpret_cast<SQLCHAR*>(narrowName.data()),
+                                    SQLSMALLINT(narrowName.size()), &nameLength, &dataType, &size,
+                                    &digits, &nullable),
+                     "SQLDescribeCol");
+                info.name = QString::fromUtf8(
+                    narrowName.first(std::clamp<qsizetype>(nameLength, 0, narrowName.size() - 1)));
+            } else {
+                auto describe = [&] {
+                    call(SQLDescribeColW(handle(), column, name.data(), SQLSMALLINT(name.size()),
+                                         &nameLength, &dataType, &size, &digits, &nullable),
+                         "SQLDescribeCol");
+                };
+                describe();
+                if (nameLength >= SQLSMALLINT(name.size())) {
+                    name.assign(size_t(nameLength) + 1, 0);
+                    describe();
+                }
+                info.name = textFromBuffer(name.data(), nameLength, qsizetype(name.size()) - 1);
+            }
             info.sqlType = dataType;
             info.size = size;
             info.decimalDigits = digits;
@@ -1020,6 +1074,12 @@ void Statement::prepare(const QString& sql) {
     m_impl->releaseResult();
     m_impl->call(SQLFreeStmt(m_impl->handle(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
     m_impl->parameters.clear();
+    if (m_impl->connection->narrowTextIsUtf8) {
+        QByteArray text = sql.toUtf8();
+        m_impl->call(SQLPrepare(m_impl->handle(), narrowSqlText(text), SQLINTEGER(text.size())),
+                     "SQLPrepare");
+        return;
+    }
     m_impl->call(SQLPrepareW(m_impl->handle(), sqlText(sql), SQL_NTS), "SQLPrepare");
 }
 
@@ -1030,6 +1090,10 @@ int Statement::parameterCount() const {
 }
 
 void Statement::bindText(int index, const QString& value) {
+    if (m_impl->connection->narrowParameters) {
+        bindNarrowText(index, value.toUtf8());
+        return;
+    }
     Parameter& parameter = m_impl->parameters[index];
     parameter.text.assign(reinterpret_cast<const SQLWCHAR*>(value.utf16()),
                           reinterpret_cast<const SQLWCHAR*>(value.utf16()) + value.size());
@@ -1044,6 +1108,18 @@ void Statement::bindText(int index, const QString& value) {
                                   SQL_C_WCHAR, sqlType, columnSize, 0, parameter.text.data(),
                                   SQLLEN(parameter.text.size() * sizeof(SQLWCHAR)),
                                   &parameter.indicator),
+                 "SQLBindParameter");
+}
+
+void Statement::bindNarrowText(int index, const QByteArray& utf8) {
+    Parameter& parameter = m_impl->parameters[index];
+    parameter.narrowText = utf8;
+    parameter.indicator = SQLLEN(utf8.size());
+    const SQLULEN columnSize = SQLULEN(std::max<qsizetype>(utf8.size(), 1));
+    const SQLSMALLINT sqlType = columnSize > 8000 ? SQL_LONGVARCHAR : SQL_VARCHAR;
+    m_impl->call(SQLBindParameter(m_impl->handle(), SQLUSMALLINT(index), SQL_PARAM_INPUT,
+                                  SQL_C_CHAR, sqlType, columnSize, 0, parameter.narrowText.data(),
+                                  SQLLEN(utf8.size() + 1), &parameter.indicator),
                  "SQLBindParameter");
 }
 
@@ -1065,6 +1141,13 @@ void Statement::execute() {
 
 void Statement::executeDirect(const QString& sql) {
     m_impl->releaseResult();
+    if (m_impl->connection->narrowTextIsUtf8) {
+        QByteArray text = sql.toUtf8();
+        m_impl->afterExecute(m_impl->call(
+            SQLExecDirect(m_impl->handle(), narrowSqlText(text), SQLINTEGER(text.size())),
+            "SQLExecDirect"));
+        return;
+    }
     m_impl->afterExecute(
         m_impl->call(SQLExecDirectW(m_impl->handle(), sqlText(sql), SQL_NTS), "SQLExecDirect"));
 }
@@ -1099,8 +1182,12 @@ bool Statement::fetchBlock(RowSink& sink) {
 }
 
 void Statement::cancel() noexcept {
-    if (m_impl && m_impl->connection->cancelsFromAnotherThread)
+    if (canCancel())
         SQLCancel(m_impl->handle());
+}
+
+bool Statement::canCancel() const {
+    return m_impl && m_impl->connection->cancelsFromAnotherThread;
 }
 
 void Statement::close() noexcept {

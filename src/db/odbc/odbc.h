@@ -58,6 +58,11 @@ struct ColumnInfo {
     bool isNumeric() const;
     bool isDateOrTime() const;
     bool isBinary() const;
+
+    // How the column's values read: whole numbers, exact decimals, approximate numbers,
+    // dates, times of day, dates with times, raw bytes, or anything else as text.
+    enum class Kind { Text, Integer, Decimal, Float, Date, Time, DateTime, Binary };
+    Kind kind() const;
 };
 
 // One value per column; a null QByteArray is SQL NULL, an empty non-null one is ''.
@@ -153,10 +158,15 @@ public:
     // Cancels a running statement from another thread, where the driver allows it
     // (not SQLite's: there the running call is left to finish).
     void cancel() noexcept;
+    // False where the driver does not survive a cancel from another thread.
+    bool canCancel() const;
     // Closes the open result and frees its buffers; the statement can be executed again.
     void close() noexcept;
 
 private:
+    // bindText for drivers that take parameters as UTF-8 bytes.
+    void bindNarrowText(int index, const QByteArray& utf8);
+
     struct Impl;
     std::unique_ptr<Impl> m_impl;
 };
