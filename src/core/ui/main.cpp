@@ -135,6 +135,9 @@ void TfmMain::saveWindowLayout() {
 }
 
 TfmMain::~TfmMain() {
+    // The panel is hidden as the window goes: nothing of this window may answer then.
+    if (m_details)
+        m_details->disconnect(this);
     ViewQuery->close();
     logQuietly(QLatin1String(EndBanner));
 }
