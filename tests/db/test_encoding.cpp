@@ -83,11 +83,8 @@ private Q_SLOTS:
         db::odbc::Connection connection;
         connection.open(database.connectionString());
         const QString table = testsupport::UniqueTableName(QStringLiteral("enc"));
-        const QString charset = database.label == QLatin1String("mariadb")
-                                    ? QStringLiteral(" CHARACTER SET utf8mb4")
-                                    : QString();
         connection.execute(
-            QStringLiteral("CREATE TABLE %1 (id INTEGER, v VARCHAR(50))%2").arg(table, charset));
+            QStringLiteral("CREATE TABLE %1 (id INTEGER, v VARCHAR(50))").arg(table));
 
         QStringList expected;
         db::odbc::Statement insert(connection);

@@ -624,10 +624,17 @@ QStringList Connection::tableNames() const {
 namespace {
 
 // A bound parameter value; the map that holds it keeps its address stable.
-// A bound parameter's value: UTF-16 text, or UTF-8 text for narrow parameters.
+// A bound parameter's value: UTF-16 text, UTF-8 text for narrow parameters, or a number,
+// date or time stamp in the driver's own structure.
 struct Parameter {
     std::vector<SQLWCHAR> text;
     QByteArray narrowText;
+    union {
+        SQLBIGINT integer;
+        SQLDOUBLE real;
+        SQL_DATE_STRUCT date;
+        SQL_TIMESTAMP_STRUCT timestamp;
+    } fixed{};
     SQLLEN indicator = 0;
 };
 
@@ -1121,6 +1128,66 @@ void Statement::bindNarrowText(int index, const QByteArray& utf8) {
                                   SQL_C_CHAR, sqlType, columnSize, 0, parameter.narrowText.data(),
                                   SQLLEN(utf8.size() + 1), &parameter.indicator),
                  "SQLBindParameter");
+}
+
+void Statement::bindFixed(int index, int cType, int sqlType, quint64 columnSize, int digits) {
+    Parameter& parameter = m_impl->parameters[index];
+    parameter.indicator = 0;
+    m_impl->call(SQLBindParameter(m_impl->handle(), SQLUSMALLINT(index), SQL_PARAM_INPUT,
+                                  SQLSMALLINT(cType), SQLSMALLINT(sqlType), SQLULEN(columnSize),
+                                  SQLSMALLINT(digits), &parameter.fixed, 0, &parameter.indicator),
+                 "SQLBindParameter");
+}
+
+void Statement::bindInteger(int index, qint64 value) {
+    m_impl->parameters[index].fixed.integer = value;
+    bindFixed(index, SQL_C_SBIGINT, SQL_BIGINT, 19, 0);
+}
+
+void Statement::bindDouble(int index, double value) {
+    m_impl->parameters[index].fixed.real = value;
+    bindFixed(index, SQL_C_DOUBLE, SQL_DOUBLE, 15, 0);
+}
+
+void Statement::bindDate(int index, QDate value) {
+    SQL_DATE_STRUCT& date = m_impl->parameters[index].fixed.date;
+    date.year = SQLSMALLINT(value.year());
+    date.month = SQLUSMALLINT(value.month());
+    date.day = SQLUSMALLINT(value.day());
+    bindFixed(index, SQL_C_TYPE_DATE, SQL_TYPE_DATE, 10, 0);
+}
+
+void Statement::bindTimestamp(int index, const QDateTime& value) {
+    SQL_TIMESTAMP_STRUCT& stamp = m_impl->parameters[index].fixed.timestamp;
+    const QDate date = value.date();
+    const QTime time = value.time();
+    stamp = {SQLSMALLINT(date.year()),           SQLUSMALLINT(date.month()),
+             SQLUSMALLINT(date.day()),           SQLUSMALLINT(time.hour()),
+             SQLUSMALLINT(time.minute()),        SQLUSMALLINT(time.second()),
+             SQLUINTEGER(time.msec()) * 1000000u};
+    bindFixed(index, SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 23, 3);
+}
+
+void Statement::bindNull(int index, ColumnInfo::Kind kind) {
+    switch (kind) {
+    case ColumnInfo::Kind::Integer:
+        bindFixed(index, SQL_C_SBIGINT, SQL_BIGINT, 19, 0);
+        break;
+    case ColumnInfo::Kind::Decimal:
+    case ColumnInfo::Kind::Float:
+        bindFixed(index, SQL_C_DOUBLE, SQL_DOUBLE, 15, 0);
+        break;
+    case ColumnInfo::Kind::Date:
+        bindFixed(index, SQL_C_TYPE_DATE, SQL_TYPE_DATE, 10, 0);
+        break;
+    case ColumnInfo::Kind::DateTime:
+        bindFixed(index, SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 23, 3);
+        break;
+    default:
+        bindNull(index);
+        return;
+    }
+    m_impl->parameters[index].indicator = SQL_NULL_DATA;
 }
 
 void Statement::bindNull(int index) {

@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 
@@ -139,6 +140,13 @@ public:
     // Parameters are numbered from 1, as in ODBC. Bound values are copied.
     void bindText(int index, const QString& value);
     void bindNull(int index);
+    // Typed values, for columns whose type the driver will not take text for. A NULL of a
+    // column's type.
+    void bindInteger(int index, qint64 value);
+    void bindDouble(int index, double value);
+    void bindDate(int index, QDate value);
+    void bindTimestamp(int index, const QDateTime& value);
+    void bindNull(int index, ColumnInfo::Kind kind);
     void execute();
     void executeDirect(const QString& sql);
     // At most this many rows are returned; 0 means no limit. Set before executing.
@@ -166,6 +174,8 @@ public:
 private:
     // bindText for drivers that take parameters as UTF-8 bytes.
     void bindNarrowText(int index, const QByteArray& utf8);
+    // Binds the parameter's fixed-size value, set by the caller.
+    void bindFixed(int index, int cType, int sqlType, quint64 columnSize, int digits);
 
     struct Impl;
     std::unique_ptr<Impl> m_impl;
