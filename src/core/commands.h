@@ -18,6 +18,8 @@ class CommandTarget {
 public:
     virtual ~CommandTarget() = default;
     virtual qint64 DispatchCommand(int command, const QVariant& argument) = 0;
+    // The database's message for the last CMD_EXECUTE_SQL that failed.
+    virtual QString LastCommandError() const { return {}; }
 };
 
 } // namespace core

@@ -535,7 +535,8 @@ qint64 TfmMain::DispatchCommand(int command, const QVariant& argument) {
         try {
             return ASSETS.connection().execute(argument.toString());
         } catch (const std::exception& error) {
-            logQuietly(QString::fromUtf8(error.what()));
+            m_lastCommandError = QString::fromUtf8(error.what());
+            logQuietly(m_lastCommandError);
             return -1;
         }
     case core::CMD_SYNC_EDITOR:

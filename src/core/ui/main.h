@@ -51,6 +51,9 @@ public:
     void RefreshQuery();
 
     qint64 DispatchCommand(int command, const QVariant& argument) override;
+    QString LastCommandError() const override { return m_lastCommandError; }
+    // The one connection, which dialogs work on.
+    db::AssetsConnection& Connection() { return ASSETS; }
 
     bool queryIsOpen() const;
     bool editableAssets() const { return m_editableAssets; }
@@ -122,6 +125,7 @@ private:
     bool m_editableAssets = false;
     core::MainPreferences m_preferences;
     ExecutedQuery m_executed;
+    QString m_lastCommandError;
     ParameterPrompt m_parameterPrompt;
 
     db::AssetsConnection ASSETS;
