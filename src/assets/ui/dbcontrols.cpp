@@ -36,6 +36,21 @@ void TDataSource::Edit() {
     Q_EMIT stateChanged();
 }
 
+void TDataSource::Append() {
+    m_dataSet.append();
+    Q_EMIT stateChanged();
+    DataChanged();
+}
+
+bool TDataSource::Modified() const {
+    if (m_dataSet.modified())
+        return true;
+    for (const TDBControl* control : m_controls)
+        if (control->Changed())
+            return true;
+    return false;
+}
+
 void TDataSource::ControlEdited() {
     if (m_autoEdit && m_dataSet.state() == TableDataSet::State::Browse && !m_dataSet.isEmpty())
         Edit();
@@ -50,6 +65,8 @@ void TDataSource::Post() {
     const TableDataSet::State state = m_dataSet.state();
     if (state != TableDataSet::State::Edit && state != TableDataSet::State::Insert)
         return;
+    if (m_validate)
+        m_validate();
     UpdateRecord();
     m_dataSet.post();
     Q_EMIT stateChanged();
@@ -64,7 +81,7 @@ void TDataSource::Cancel() {
 
 void TDataSource::DataChanged() {
     for (TDBControl* control : m_controls)
-        control->LoadValue();
+        control->Reload();
     Q_EMIT dataChanged();
 }
 

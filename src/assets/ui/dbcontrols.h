@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
 #include <vector>
 
 class QToolButton;
@@ -31,10 +32,16 @@ public:
     bool AutoEdit() const { return m_autoEdit; }
     void SetAutoEdit(bool autoEdit) { m_autoEdit = autoEdit; }
 
-    // The record changes through these, so that the controls follow.
+    // The record changes through these, so that the controls follow. Post first runs the
+    // check set with SetValidation (which throws to refuse), then writes the changed
+    // controls into the record, then posts it.
     void Edit();
+    void Append();
     void Post();
     void Cancel();
+    void SetValidation(std::function<void()> validate) { m_validate = std::move(validate); }
+    // A control or the record holds a change that is not posted.
+    bool Modified() const;
     // Writes the changed controls into the record; throws what the conversion throws.
     void UpdateRecord();
     // The data set opened, closed, moved or changed its values: the controls show it anew.
@@ -53,6 +60,7 @@ private:
     assets::TableDataSet& m_dataSet;
     bool m_autoEdit = true;
     std::vector<TDBControl*> m_controls;
+    std::function<void()> m_validate;
 };
 
 // What every data-bound control has: its field, its data source, whether the user changed
@@ -68,8 +76,14 @@ public:
     TDataSource* DataSource() const { return m_dataSource.data(); }
     // Shows the field of the current record (empty when closed or without the field).
     virtual void LoadValue() = 0;
+    // Shows the record again, forgetting the user's change.
+    void Reload() {
+        m_changed = false;
+        LoadValue();
+    }
     // Writes the control's value into the record when the user changed it.
     void SaveValue();
+    bool Changed() const { return m_changed; }
 
 protected:
     virtual void writeValue() = 0;

@@ -2,7 +2,9 @@
 
 #include "assets/resulttablemodel.h"
 #include "assets/ui/dbgridrange.h"
+#include "assets/ui/edit.h"
 #include "assets/ui/grid.h"
+#include "assets/ui/newrecord.h"
 #include "core/commandline.h"
 #include "core/log.h"
 #include "core/registry.h"
@@ -26,6 +28,7 @@
 #include <QMenuBar>
 #include <QScopeGuard>
 #include <QScreen>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QVBoxLayout>
 
@@ -95,7 +98,14 @@ TfmMain::TfmMain(const QString& rawCommandLine, QWidget* parent) : QMainWindow(p
 
     ViewQuery = new assets::ResultTableModel(this);
     ViewQuery->setObjectName(QStringLiteral("ViewQuery"));
-    connect(ViewQuery, &assets::ResultTableModel::fetchFinished, this, &TfmMain::showRecordCount);
+    // The count when the last rows arrive, unless a window said something since.
+    connect(ViewQuery, &assets::ResultTableModel::fetchFinished, this, [this] {
+        if (!m_commandStatusShown)
+            showRecordCount();
+        goToPendingRecord(true);
+    });
+    connect(ViewQuery, &QAbstractItemModel::rowsInserted, this,
+            [this] { goToPendingRecord(false); });
     connect(ViewQuery, &assets::ResultTableModel::fetchFailed, this, &TfmMain::reportError);
 
     m_parameterPrompt = [this](const QString& name) -> std::optional<QString> {
@@ -163,6 +173,7 @@ void TfmMain::createActions() {
 
     ViewEditForm =
         createAction("ViewEditForm", QStringLiteral("&Edit"), QStringLiteral("Edit Assets"));
+    connect(ViewEditForm, &QAction::triggered, this, &TfmMain::ViewEditFormExecute);
     ViewDetails = createAction("ViewDetails", QStringLiteral("&Details"),
                                QStringLiteral("Details of current Connection & Query"));
     connect(ViewDetails, &QAction::triggered, this, &TfmMain::ViewDetailsExecute);
@@ -171,6 +182,7 @@ void TfmMain::createActions() {
     // removal and the add-column wizard.
     ActionAddRow = createAction("ActionAddRow", QStringLiteral("&Add..."),
                                 QStringLiteral("insert new ASSET record"));
+    connect(ActionAddRow, &QAction::triggered, this, &TfmMain::ActionAddRowExecute);
     ActionDelete = createAction("ActionDelete", QStringLiteral("&Remove..."),
                                 QStringLiteral("Delete selected records"));
     ActionAddColumn = createAction("ActionAddColumn", QStringLiteral("Add &Column..."),
@@ -201,6 +213,7 @@ void TfmMain::createActions() {
     query->addAction(ActionSQLWizard);
     QMenu* view = menuBar()->addMenu(Translate(QStringLiteral("&View")));
     view->addAction(ViewDetails);
+    view->addAction(ViewEditForm);
     QMenu* help = menuBar()->addMenu(Translate(QStringLiteral("&Help")));
     help->addAction(ActionHelpContents);
     help->addSeparator();
@@ -280,7 +293,60 @@ void TfmMain::createGridPanel() {
     m_grid = new TGridForm(*this, actions, pnGrid);
     m_grid->SetModel(ViewQuery);
     layout->addWidget(m_grid);
-    Grid_Edit->layout()->addWidget(pnGrid);
+    // The record editor docks below the grid or to its right, as the preferences say.
+    m_gridEditSplitter = new QSplitter(Grid_Edit);
+    m_gridEditSplitter->setObjectName(QStringLiteral("GridEditSplitter"));
+    m_gridEditSplitter->setChildrenCollapsible(false);
+    m_gridEditSplitter->addWidget(pnGrid);
+    placeEditor();
+    Grid_Edit->layout()->addWidget(m_gridEditSplitter);
+    // The editor follows the current row, once the grid has settled on it.
+    connect(m_grid->Grid()->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            &TfmMain::followCurrentRecord, Qt::QueuedConnection);
+}
+
+void TfmMain::placeEditor() {
+    if (m_gridEditSplitter)
+        m_gridEditSplitter->setOrientation(m_preferences.layoutBottom ? Qt::Vertical
+                                                                      : Qt::Horizontal);
+}
+
+bool TfmMain::editorShown() const {
+    return m_editor && m_editor->isVisible();
+}
+
+void TfmMain::openEditor() {
+    if (!m_gridEditSplitter)
+        return;
+    if (!m_editor) {
+        m_editor = new TEditForm(ASSETS.connection(), *this, m_gridEditSplitter);
+        m_editor->SetTypeChooser([this] { return chooseAssetType(); });
+        m_gridEditSplitter->addWidget(m_editor);
+    }
+    m_editor->show();
+    try {
+        m_editor->OpenTables();
+        m_editor->ShowRecord(currentIdText());
+    } catch (const std::exception& error) {
+        reportError(QString::fromUtf8(error.what()));
+    }
+    updateActions();
+}
+
+void TfmMain::closeEditor() {
+    if (!m_editor)
+        return;
+    m_editor->CloseTables();
+    m_editor->hide();
+    updateActions();
+}
+
+// Shows the current row's record in an open editor.
+void TfmMain::followCurrentRecord() {
+    if (!m_editableAssets || !editorShown() || !queryIsOpen() || ViewQuery->rowCount() == 0)
+        return;
+    if (currentIdText() != m_editor->CurrentId())
+        m_editor->ShowRecord(currentIdText());
 }
 
 void TfmMain::connectDatabase() {
@@ -348,15 +414,23 @@ void TfmMain::RunQuery() {
 
 void TfmMain::runAnalysedQuery() {
     closeQuery();
+    if (editorShown())
+        m_editor->CloseTables();
     const db::AssetsQueryAnalysis analysis =
         db::AnalyseAssetsQuery(m_sqlText, m_preferences.appendId);
     m_editableAssets = analysis.editableAssets;
+    if (!m_editableAssets)
+        closeEditor();
     executeQuery(prepareQuery(analysis.sqlText));
     if (m_grid) {
         m_grid->FitColumnsToRows();
         m_grid->LoadLayout();
     }
     applyIdColumnVisibility();
+    if (editorShown() && m_editableAssets) {
+        m_editor->OpenTables();
+        m_editor->ShowRecord(currentIdText());
+    }
     showRecordCount();
     rememberConnection();
 }
@@ -426,6 +500,7 @@ QString TfmMain::noResultSetMessage(long long rowsAffected) {
 }
 
 void TfmMain::closeQuery() {
+    m_pendingRecord.reset();
     ViewQuery->close();
 }
 
@@ -444,6 +519,7 @@ void TfmMain::applyIdColumnVisibility() {
 void TfmMain::showRecordCount() {
     if (!queryIsOpen())
         return;
+    m_commandStatusShown = false;
     SetStatusText(
         Translate(QStringLiteral("There are $RECORDCOUNT$ record(s) in the dataset"), 0,
                   {{QStringLiteral("$RECORDCOUNT$"), QString::number(ViewQuery->recordCount())}}));
@@ -495,27 +571,60 @@ void TfmMain::RefreshQuery() {
             return;
         // Rows are always read afresh here, so a small result refreshed in place and a
         // large one run again end alike: back on the same record, found by its ID (by its
-        // position when the result has no ID).
+        // position when the result has no ID) as soon as that row has arrived.
         executeQuery(m_executed);
         ViewQuery->setSortText(sortText);
-        ViewQuery->waitForAllRows();
-        locateRow(id.isNull() ? row : rowWithId(idIndex, id));
+        if (id.isNull())
+            locateRow(row);
+        else
+            goToRecordWhenArrived(idIndex, id);
     } catch (const std::exception& error) {
         reportError(QString::fromUtf8(error.what()));
     }
 }
 
-int TfmMain::rowWithId(int idIndex, const QByteArray& id) const {
-    for (int row = 0; row < ViewQuery->rowCount(); ++row)
+int TfmMain::rowWithId(int idIndex, const QByteArray& id, int firstRow) const {
+    for (int row = firstRow; row < ViewQuery->rowCount(); ++row)
         if (!ViewQuery->isNull(row, idIndex) && ViewQuery->value(row, idIndex) == id)
             return row;
     return -1;
+}
+
+void TfmMain::goToRecordWhenArrived(int idIndex, const QByteArray& id) {
+    m_pendingRecord = PendingRecord{idIndex, id, 0};
+    goToPendingRecord(!ViewQuery->isFetching());
+}
+
+// Looks for the record among the rows that arrived since the last look; at the end of the
+// result it looks once more over all of them, as a sort may have moved them.
+void TfmMain::goToPendingRecord(bool fetchEnded) {
+    if (!m_pendingRecord)
+        return;
+    PendingRecord& pending = *m_pendingRecord;
+    if (fetchEnded)
+        pending.searchedRows = 0;
+    const int row = rowWithId(pending.idIndex, pending.id, pending.searchedRows);
+    pending.searchedRows = ViewQuery->rowCount();
+    if (row >= 0 || fetchEnded) {
+        m_pendingRecord.reset();
+        if (row >= 0)
+            locateRow(row);
+    }
+}
+
+QString TfmMain::currentIdText() const {
+    const int row = currentRow();
+    const int idIndex = ViewQuery->fieldIndex(QStringLiteral("ID"));
+    if (row < 0 || idIndex < 0 || ViewQuery->isNull(row, idIndex))
+        return QStringLiteral("0");
+    return QString::fromUtf8(ViewQuery->value(row, idIndex).toByteArray());
 }
 
 qint64 TfmMain::DispatchCommand(int command, const QVariant& argument) {
     switch (command) {
     case core::CMD_STATUS_TEXT:
         SetStatusText(argument.toString());
+        m_commandStatusShown = true;
         return 0;
     case core::CMD_REQUERY:
         if (!queryIsOpen())
@@ -527,6 +636,8 @@ qint64 TfmMain::DispatchCommand(int command, const QVariant& argument) {
             else
                 RefreshQuery();
             applyIdColumnVisibility();
+            if (editorShown())
+                m_editor->ShowRecord(currentIdText());
         } catch (const std::exception& error) {
             reportError(QString::fromUtf8(error.what()));
         }
@@ -540,8 +651,12 @@ qint64 TfmMain::DispatchCommand(int command, const QVariant& argument) {
             return -1;
         }
     case core::CMD_SYNC_EDITOR:
+        if (editorShown())
+            m_editor->ShowRecord(currentIdText());
+        return 0;
     case core::CMD_OPEN_EDITOR:
-        // The record editor is not part of this version: nothing follows the current row.
+        if (!editorShown() && queryIsOpen() && m_editableAssets)
+            openEditor();
         return 0;
     default:
         return -1;
@@ -585,11 +700,14 @@ void TfmMain::updateActions() {
     const bool detailsShown = m_details && m_details->isVisible();
     ViewDetails->setText(
         Translate(detailsShown ? QStringLiteral("Hide &Details") : QStringLiteral("&Details")));
-    ViewEditForm->setText(Translate(QStringLiteral("&Edit")));
-    // No record editor in this version; the button waits for it.
-    ViewEditForm->setEnabled(false);
-    ActionAddRow->setEnabled(false);
-    ActionDelete->setEnabled(false);
+    ViewEditForm->setText(
+        Translate(editorShown() ? QStringLiteral("Hide &Edit") : QStringLiteral("&Edit")));
+    const bool open = queryIsOpen();
+    const bool assetQuery = open && m_editableAssets;
+    ViewEditForm->setEnabled(assetQuery);
+    ActionAddRow->setEnabled(open);
+    ActionDelete->setEnabled(assetQuery);
+    // The add-column wizard is not part of this version.
     ActionAddColumn->setEnabled(false);
 }
 
@@ -623,6 +741,30 @@ void TfmMain::ActionExecuteExecute() {
     RunQuery();
 }
 
+void TfmMain::ViewEditFormExecute() {
+    if (editorShown())
+        closeEditor();
+    else
+        openEditor();
+}
+
+std::optional<QString> TfmMain::chooseAssetType() {
+    return m_assetTypeChooser ? m_assetTypeChooser() : std::nullopt;
+}
+
+void TfmMain::ActionAddRowExecute() {
+    try {
+        TFormNewAsset dialog(ASSETS.connection(), *this, this);
+        dialog.Editor()->SetTypeChooser([this] { return chooseAssetType(); });
+        dialog.exec();
+    } catch (const std::exception& error) {
+        ShowMessage(this, QMessageBox::Critical, Translate(QStringLiteral("Error")),
+                    QString::fromUtf8(error.what()));
+    }
+    if (editorShown())
+        openEditor();
+}
+
 void TfmMain::ViewDetailsExecute() {
     if (!m_details)
         showDetailsFromLastConnection();
@@ -651,6 +793,7 @@ void TfmMain::ActionPrefExecute() {
     if (dialog.exec() != QDialog::Accepted)
         return;
     loadPreferences();
+    placeEditor();
     ViewQuery->refreshDisplay();
     if (queryIsOpen())
         applyIdColumnVisibility();

@@ -12,6 +12,7 @@
 
 class QAction;
 class QLabel;
+class QSplitter;
 
 namespace assets {
 class ResultTableModel;
@@ -21,6 +22,7 @@ namespace ui {
 
 class TAboutForm;
 class TDetailsForm;
+class TEditForm;
 class TGridForm;
 class TStatementRunner;
 
@@ -59,6 +61,12 @@ public:
     bool editableAssets() const { return m_editableAssets; }
     assets::ResultTableModel* viewQuery() const { return ViewQuery; }
     TGridForm* gridForm() const { return m_grid; }
+    TEditForm* editForm() const { return m_editor; }
+    bool editorShown() const;
+    // Picks the asset type of a new record; the default shows the asset-type list.
+    void setAssetTypeChooser(std::function<std::optional<QString>()> chooser) {
+        m_assetTypeChooser = std::move(chooser);
+    }
     TDetailsForm* detailsForm() const { return m_details; }
 
 protected:
@@ -99,7 +107,18 @@ private:
     void commitOpenTransaction();
     int currentRow() const;
     void locateRow(int row);
-    int rowWithId(int idIndex, const QByteArray& id) const;
+    int rowWithId(int idIndex, const QByteArray& id, int firstRow = 0) const;
+    // Makes the record with this ID current as soon as its row has arrived.
+    void goToRecordWhenArrived(int idIndex, const QByteArray& id);
+    void goToPendingRecord(bool fetchEnded);
+    // The current row's ID as text; "0" when there is none.
+    QString currentIdText() const;
+
+    void placeEditor();
+    void openEditor();
+    void closeEditor();
+    void followCurrentRecord();
+    std::optional<QString> chooseAssetType();
 
     void showDetailsFromLastConnection();
     void copyDetailsIntoFields();
@@ -108,6 +127,8 @@ private:
 
     void ExitActionExecute();
     void ActionExecuteExecute();
+    void ViewEditFormExecute();
+    void ActionAddRowExecute();
     void ViewDetailsExecute();
     void ActionPasteSQLExecute();
     void ActionSQLWizardExecute();
@@ -126,6 +147,15 @@ private:
     core::MainPreferences m_preferences;
     ExecutedQuery m_executed;
     QString m_lastCommandError;
+    // A window's status text stays until the next one, over the count at the end of a fetch.
+    bool m_commandStatusShown = false;
+    struct PendingRecord {
+        int idIndex = -1;
+        QByteArray id;
+        int searchedRows = 0;
+    };
+    std::optional<PendingRecord> m_pendingRecord;
+    std::function<std::optional<QString>()> m_assetTypeChooser;
     ParameterPrompt m_parameterPrompt;
 
     db::AssetsConnection ASSETS;
@@ -134,6 +164,8 @@ private:
     QWidget* Grid_Edit = nullptr;
     QWidget* pnGrid = nullptr;
     TGridForm* m_grid = nullptr;
+    TEditForm* m_editor = nullptr;
+    QSplitter* m_gridEditSplitter = nullptr;
     TDetailsForm* m_details = nullptr;
     TAboutForm* m_aboutForm = nullptr;
     QLabel* StatusBar = nullptr;

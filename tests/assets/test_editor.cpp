@@ -1,0 +1,255 @@
+// The record editor docked in the main window over real databases: following the grid,
+// editing and posting, new records with defaults and a type, the checks before a post,
+// tab visibility by the type's flags and the user-field page.
+
+#include "assets/resulttablemodel.h"
+#include "assets/ui/dbcontrols.h"
+#include "assets/ui/dbgridrange.h"
+#include "assets/ui/edit.h"
+#include "assets/ui/grid.h"
+#include "assets/ui/newrecord.h"
+#include "assets/ui/userfields.h"
+#include "core/commands.h"
+#include "core/dateformat.h"
+#include "core/ui/main.h"
+#include "core/ui/messages.h"
+#include "db/odbc/odbc.h"
+#include "support/testsupport.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTabWidget>
+#include <QTest>
+#include <QToolButton>
+
+using testsupport::TestDatabase;
+using ui::TfmMain;
+
+namespace {
+
+const char* const Tables[] = {"ASSETS", "ASSETTYPES", "NODES"};
+
+void createSchema(db::odbc::Connection& connection) {
+    for (const char* table : Tables) {
+        try {
+            connection.execute(QStringLiteral("DROP TABLE %1").arg(QLatin1String(table)));
+        } catch (const std::exception&) {
+        }
+    }
+    connection.execute(QStringLiteral(
+        "CREATE TABLE ASSETS (ID INTEGER PRIMARY KEY, ASSETTYPE VARCHAR(50), INFO VARCHAR(255), "
+        "ASSETID VARCHAR(50), MANUFACTURER VARCHAR(50), MODEL VARCHAR(50), SERIALNUM VARCHAR(50), "
+        "ASLOCATION VARCHAR(50), DEPT VARCHAR(50), NODENAME VARCHAR(50), FKNODES INTEGER, "
+        "PURCHDATE DATE, PURCHASER VARCHAR(50), SUPPLIER VARCHAR(50), ITEMVALUE DOUBLE PRECISION, "
+        "ITEMSIZE VARCHAR(50), QTY INTEGER, MAINTRENEW DATE, SUPPORTCONTACT VARCHAR(255), "
+        "USR_COST DOUBLE PRECISION, usr_hidden VARCHAR(10))"));
+    connection.execute(QStringLiteral(
+        "CREATE TABLE ASSETTYPES (ASSETTYPE VARCHAR(50) PRIMARY KEY, NODEREQUIRED VARCHAR(5), "
+        "SHOW_GENERAL_TAB VARCHAR(5), SHOW_PURCHASE_TAB VARCHAR(5), SHOW_WARRANTY_TAB VARCHAR(5), "
+        "SHOW_USEREXT_TAB VARCHAR(5))"));
+    connection.execute(
+        QStringLiteral("CREATE TABLE NODES (OBJECTID INTEGER PRIMARY KEY, NODENAME VARCHAR(50))"));
+    connection.execute(QStringLiteral(
+        "INSERT INTO ASSETTYPES VALUES ('PC', 'False', 'True', 'True', 'True', 'True'), "
+        "('Server', 'True', 'yes', 'no', '1', ''), ('Copier', 'N', 'T', 'F', '0', NULL)"));
+    connection.execute(QStringLiteral("INSERT INTO NODES VALUES (7, 'alpha'), (8, 'beta')"));
+    for (int id = 1; id <= 3; ++id)
+        connection.execute(QStringLiteral("INSERT INTO ASSETS (ID, ASSETTYPE, INFO, DEPT, QTY) "
+                                          "VALUES (%1, '%2', 'asset %1', 'IT', %1)")
+                               .arg(id)
+                               .arg(id == 3 ? QStringLiteral("Server") : QStringLiteral("PC")));
+}
+
+QWidget* pageNamed(ui::TEditForm* editor, const char* name) {
+    return editor->findChild<QWidget*>(QLatin1String(name));
+}
+
+bool tabShown(ui::TEditForm* editor, const char* name) {
+    QTabWidget* pages = editor->Pages();
+    return pages->isTabVisible(pages->indexOf(pageNamed(editor, name)));
+}
+
+} // namespace
+
+class TestEditor : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<TfmMain> m_window;
+    db::odbc::Connection m_connection;
+
+    void openWindow(const TestDatabase& database) {
+        m_connection.open(database.connectionString());
+        createSchema(m_connection);
+        m_window = std::make_unique<TfmMain>(
+            QStringLiteral("\"quillet\" \"ODBC=%1\" \"USER=%2\" \"PWD=%3\" \"SQL=select * from "
+                           "ASSETS order by ID\"")
+                .arg(database.dsn, database.user, database.password));
+        m_window->setAssetTypeChooser([] { return std::optional<QString>(QStringLiteral("PC")); });
+        m_window->show();
+        m_window->findChild<QAction*>(QStringLiteral("ViewEditForm"))->trigger();
+        QVERIFY(m_window->editorShown());
+    }
+
+    ui::TEditForm* editor() const { return m_window->editForm(); }
+    QLineEdit* edit(const char* name) const {
+        return editor()->findChild<QLineEdit*>(QLatin1String(name));
+    }
+    void selectRow(int row) {
+        ui::TDBGridRange* grid = m_window->gridForm()->Grid();
+        grid->setCurrentIndex(grid->model()->index(row, 1));
+        QTRY_COMPARE(editor()->CurrentId(), QString::number(row + 1));
+    }
+    void click(const char* button) {
+        QTest::mouseClick(editor()->findChild<QToolButton*>(QLatin1String(button)), Qt::LeftButton);
+    }
+
+private Q_SLOTS:
+    void initTestCase() {
+        testsupport::UseTemporarySettings();
+        ui::SetUnattended(true);
+        core::ApplyDateFormat(QStringLiteral("dd.mm.yyyy"), QLocale::c());
+    }
+
+    void cleanup() {
+        m_window.reset();
+        m_connection.close();
+    }
+
+    // The editor follows the grid; an edit posted with the navigator reaches the database,
+    // and the refreshed grid stays on the record.
+    void editFollowsTheGridAndPosts_data() { testsupport::AddDatabaseRows(); }
+    void editFollowsTheGridAndPosts() {
+        QFETCH(TestDatabase, database);
+        QUILLET_REQUIRE_DATABASE(database);
+        openWindow(database);
+        selectRow(1);
+        QCOMPARE(edit("DB_Description")->text(), QStringLiteral("asset 2"));
+        QTest::keyClicks(edit("DB_Description"), QStringLiteral(" renamed"));
+        click("nbPost");
+        QCOMPARE(editor()->AssetsTable().state(), assets::TableDataSet::State::Browse);
+        db::odbc::Statement check(m_connection);
+        check.executeDirect(QStringLiteral("select INFO from ASSETS where ID = 2"));
+        std::vector<db::odbc::Row> rows;
+        check.fetchBlock(rows);
+        QCOMPARE(rows.at(0).at(0), QByteArray("asset 2 renamed"));
+        QTRY_COMPARE(m_window->gridForm()->Grid()->currentIndex().row(), 1);
+        QCOMPARE(editor()->CurrentId(), QStringLiteral("2"));
+    }
+
+    // "Asset Details": defaults without preferences, the type asked for, checks that keep
+    // the dialog open with the failing page active, and the post.
+    void newRecordGetsDefaultsTypeAndChecks() {
+        const TestDatabase database = testsupport::TestDatabases().front();
+        openWindow(database);
+        ui::TFormNewAsset dialog(m_connection, *m_window);
+        QString type = QStringLiteral("Server");
+        dialog.Editor()->SetTypeChooser([&type] { return std::optional<QString>(type); });
+        QVERIFY(dialog.StartRecord());
+        assets::TableDataSet& record = dialog.Editor()->AssetsTable();
+        QCOMPARE(record.asText(QStringLiteral("PURCHDATE")), core::DateToStr(QDate(1990, 1, 1)));
+        QCOMPARE(record.asText(QStringLiteral("ITEMVALUE")), QStringLiteral("0"));
+        QVERIFY(record.isNull(QStringLiteral("QTY")));
+        QVERIFY(tabShown(dialog.Editor(), "tsRelatedNode") &&
+                !tabShown(dialog.Editor(), "tsPurchase"));
+
+        const auto rejected = [&](const char* field, const QString& text, const char* page) {
+            auto* box = dialog.Editor()->findChild<QLineEdit*>(QLatin1String(field));
+            if (box)
+                box->setText(text);
+            QString error;
+            const bool passed = dialog.Editor()->Validate(error);
+            return !passed &&
+                   dialog.Editor()->Pages()->currentWidget()->objectName() == QLatin1String(page);
+        };
+        QVERIFY(rejected("none", {}, "tsRelatedNode")); // no node chosen
+        auto* node = dialog.Editor()->findChild<QComboBox*>(QStringLiteral("DB_NodeName"));
+        node->setCurrentIndex(node->findText(QStringLiteral("beta")));
+        auto* date = dialog.Editor()
+                         ->findChild<QWidget*>(QStringLiteral("PurchaseTabForm"))
+                         ->findChild<QLineEdit*>(QStringLiteral("DB_PurchaseDate"));
+        date->setText(QStringLiteral("31.02.1990"));
+        QString error;
+        QVERIFY(!dialog.Editor()->Validate(error));
+        QCOMPARE(error, QStringLiteral("Invalid Purchase Date format."));
+        date->clear();
+        QVERIFY(dialog.Editor()->Validate(error));
+        QCOMPARE(record.asText(QStringLiteral("FKNODES")), QStringLiteral("8"));
+
+        record.setAsText(QStringLiteral("ID"), QStringLiteral("10"));
+        dialog.accept();
+        db::odbc::Statement check(m_connection);
+        check.executeDirect(QStringLiteral("select ASSETTYPE, FKNODES from ASSETS where ID = 10"));
+        std::vector<db::odbc::Row> rows;
+        check.fetchBlock(rows);
+        QCOMPARE(rows.at(0).at(0), QByteArray("Server"));
+
+        // No type picked: the record is not started.
+        type.clear();
+        ui::TFormNewAsset untyped(m_connection, *m_window);
+        untyped.Editor()->SetTypeChooser([] { return std::optional<QString>(); });
+        QVERIFY(!untyped.StartRecord());
+    }
+
+    // Pages follow the flags of the record's type, whatever their spelling; a type without
+    // a row shows the defaults. The user-field page has an edit for each USR_ column.
+    void pagesFollowTheTypeAndUserColumns() {
+        const TestDatabase database = testsupport::TestDatabases().front();
+        openWindow(database);
+        m_connection.execute(QStringLiteral("UPDATE ASSETS SET ASSETTYPE = 'Copier' WHERE ID = 2"));
+        m_connection.execute(
+            QStringLiteral("UPDATE ASSETS SET ASSETTYPE = 'Unknown' WHERE ID = 1"));
+        const struct {
+            const char* id;
+            bool general, node, purchase, warranty, user;
+        } cases[] = {{"2", true, false, false, false, true},
+                     {"3", true, true, false, true, true},
+                     {"1", true, false, true, true, true}};
+        for (const auto& expected : cases) {
+            editor()->ShowRecord(QLatin1String(expected.id));
+            QCOMPARE(tabShown(editor(), "tsGeneral"), expected.general);
+            QCOMPARE(tabShown(editor(), "tsRelatedNode"), expected.node);
+            QCOMPARE(tabShown(editor(), "tsPurchase"), expected.purchase);
+            QCOMPARE(tabShown(editor(), "tsWarranty"), expected.warranty);
+            QCOMPARE(tabShown(editor(), "tsExtensions"), expected.user);
+        }
+
+        auto* userFields = editor()->findChild<ui::TUserFieldsForm*>();
+        QCOMPARE(userFields->Edits().size(), size_t(1));
+        QCOMPARE(userFields->Edits()[0]->objectName(), QStringLiteral("DB_USR_COST"));
+        QVERIFY(editor()->findChild<QLabel*>(QStringLiteral("lblUSR_COST")));
+        // Columns are added on the program's own connection, as the add-column wizard does.
+        for (const char* column : {"\"USR_A B\"", "\"USR_A@B\""})
+            m_window->DispatchCommand(
+                core::CMD_EXECUTE_SQL,
+                QStringLiteral("ALTER TABLE ASSETS ADD %1 VARCHAR(20)").arg(QLatin1String(column)));
+        editor()->OpenTables();
+        QStringList names;
+        for (const ui::TDBEdit* field : userFields->Edits())
+            names << field->objectName();
+        QCOMPARE(names, (QStringList{"DB_USR_COST", "DB_USR_A_B", "DB_USR_A_B_2"}));
+        QCOMPARE(ui::TUserFieldsForm::AlignedLeft(33), 48);
+        QCOMPARE(ui::TUserFieldsForm::AlignedLeft(145), 145);
+    }
+
+    // A status text from a window stays when the last rows of a large result arrive.
+    void commandStatusTextOutlivesTheFetch() {
+        const TestDatabase database = testsupport::TestDatabases().front();
+        openWindow(database);
+        m_window->findChild<QAction*>(QStringLiteral("ViewDetails"))->trigger();
+        m_window->findChild<QPlainTextEdit*>(QStringLiteral("MemoSQL"))
+            ->setPlainText(QStringLiteral("with recursive c(x) as (select 1 union all select x + "
+                                          "1 from c where x < 100000) select x from c"));
+        m_window->RunQuery();
+        m_window->DispatchCommand(core::CMD_STATUS_TEXT,
+                                  QStringLiteral("3 record(s) have been deleted"));
+        m_window->viewQuery()->waitForAllRows();
+        QCOMPARE(m_window->statusText(), QStringLiteral("3 record(s) have been deleted"));
+    }
+};
+
+QTEST_MAIN(TestEditor)
+#include "test_editor.moc"
