@@ -122,6 +122,7 @@ void ResultTableModel::open(db::odbc::Statement&& executed, FirstBlock first) {
     m_fields = fields;
     m_numberLocale = NumberLocale();
     m_dateSettings = core::CurrentDateSettings();
+    m_dateTexts.clear();
     m_rightAligned.assign(fields.size(), false);
     for (size_t column = 0; column < fields.size(); ++column)
         m_rightAligned[column] = fields[column].isNumeric();
@@ -429,12 +430,28 @@ QString ResultTableModel::displayText(int row, int column) const {
     const db::odbc::ColumnInfo& field = m_fields[size_t(column)];
     if (field.isBinary())
         return QStringLiteral("(BLOB)");
-    return DisplayText(field, m_store.value(arrival, column), m_dateSettings, m_numberLocale);
+    const QByteArrayView bytes = m_store.value(arrival, column);
+    using Kind = db::odbc::ColumnInfo::Kind;
+    const Kind kind = field.kind();
+    if (kind != Kind::Date && kind != Kind::DateTime && kind != Kind::Time)
+        return DisplayText(field, bytes, m_dateSettings, m_numberLocale);
+    // Formatting a date is slow and dates repeat: each text is made once.
+    const QByteArray key = QByteArray::fromRawData(bytes.data(), bytes.size());
+    const auto known = m_dateTexts.constFind(key);
+    if (known != m_dateTexts.cend())
+        return *known;
+    constexpr qsizetype DateTextsKept = 100000;
+    if (m_dateTexts.size() >= DateTextsKept)
+        m_dateTexts.clear();
+    const QString text = DisplayText(field, bytes, m_dateSettings, m_numberLocale);
+    m_dateTexts.insert(bytes.toByteArray(), text);
+    return text;
 }
 
 void ResultTableModel::refreshDisplay() {
     m_numberLocale = NumberLocale();
     m_dateSettings = core::CurrentDateSettings();
+    m_dateTexts.clear();
     if (rowCount() > 0 && columnCount() > 0)
         Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1),
                            {Qt::DisplayRole, Qt::EditRole});

@@ -39,6 +39,7 @@
 #include "db/odbc/odbc.h"
 
 #include <QAbstractTableModel>
+#include <QHash>
 #include <QThreadPool>
 
 #include <memory>
@@ -166,6 +167,9 @@ private:
     // Taken when a result opens and by refreshDisplay().
     QLocale m_numberLocale;
     core::DateSettings m_dateSettings;
+    // Display texts of date and time values by their stored bytes. The format is the same
+    // for every column, so one table serves them all.
+    mutable QHash<QByteArray, QString> m_dateTexts;
     RowStore m_store;
 
     std::shared_ptr<Fetch> m_fetch;

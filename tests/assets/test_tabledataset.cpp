@@ -129,6 +129,22 @@ private Q_SLOTS:
         QCOMPARE(table.asText(QStringLiteral("QTY")), QStringLiteral("7"));
         table.cancel();
         QCOMPARE(table.asText(QStringLiteral("QTY")), QStringLiteral("3"));
+
+        // Text longer than its column: the servers refuse it and the record stays; SQLite
+        // keeps any length.
+        m_connection.execute(QStringLiteral("INSERT INTO %1 (ID) VALUES (1)").arg(m_table));
+        table.open();
+        table.edit();
+        table.setAsText(QStringLiteral("NAME"), QString(10000, QLatin1Char('x')));
+        const bool keepsAnyLength = database.label == QLatin1String("sqlite");
+        try {
+            table.post();
+            QVERIFY(keepsAnyLength);
+        } catch (const db::odbc::OdbcError& error) {
+            QVERIFY2(!keepsAnyLength, error.what());
+            QCOMPARE(table.state(), TableDataSet::State::Edit);
+            QCOMPARE(table.asText(QStringLiteral("NAME")).size(), 10000);
+        }
     }
 
     // The grid reads a large result on the connection while a record is posted on it.
