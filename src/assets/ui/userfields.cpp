@@ -113,7 +113,7 @@ void TUserFieldsForm::layOutControls() {
         label->show();
         const int left = AlignedLeft(label->x() + label->width() + LabelGap);
         const int fixed = edit->property("fieldWidth").toInt();
-        const int width = fixed > 0 ? fixed : ScrollBox1->viewport()->width() - left - LabelGap;
+        const int width = fixed > 0 ? fixed : this->width() - left - LabelGap;
         edit->setGeometry(left, y, qMax(width, MinimumEditWidth), edit->sizeHint().height());
         edit->show();
         y = edit->y() + label->height() + RowGap;
@@ -125,6 +125,11 @@ void TUserFieldsForm::layOutControls() {
 // Text edits stretch with the page.
 void TUserFieldsForm::resizeEvent(QResizeEvent* event) {
     TEditTab::resizeEvent(event);
+    layOutControls();
+}
+
+void TUserFieldsForm::showEvent(QShowEvent* event) {
+    TEditTab::showEvent(event);
     layOutControls();
 }
 
