@@ -219,8 +219,7 @@ private Q_SLOTS:
                          const QPoint centre = names->visualItemRect(item).center();
                          QTest::mousePress(names->viewport(), Qt::LeftButton, {}, centre);
                          QTest::mouseDClick(names->viewport(), Qt::LeftButton, {}, centre);
-                     }
-                     else if (action == QLatin1String("edit"))
+                     } else if (action == QLatin1String("edit"))
                          list.BtnEditAssetTypeClick();
                      else if (action == QLatin1String("delete"))
                          list.BtnDeleteAssetTypeClick();

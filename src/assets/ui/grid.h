@@ -76,9 +76,9 @@ public:
     void DeleteSelectedRecords(db::odbc::Connection& connection);
     // The text of the last delete statement run ("delete from ASSETS" before the first).
     const QString& DeleteQuery() const { return m_deleteQuery; }
-    // The grid's selected rows in the order of its selection list: the order in which the
-    // user selected them, a range from its top row down. A row deselected out of a range
-    // moves the rest of that range behind later selections.
+    // The grid's selected rows in the order of its selection list (the selection model's
+    // ranges as it lists them, each from its top row down, each row once): the order in
+    // which the user selected them, a Shift range counting from its top row.
     std::vector<int> SelectedRowsInSelectionOrder() const;
 
     void DBGridTitleClick(int column);
