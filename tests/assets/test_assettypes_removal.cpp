@@ -24,6 +24,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
 
 using testsupport::TestDatabase;
@@ -93,16 +94,18 @@ const QString SeededTypes =
     "True,True";
 const QString SeededIds = "4;9;12;20;31";
 
-// Clicks the row-removal dialog's choice and Remove once it shows.
-void chooseInDelForm(bool allRows) {
-    QTimer::singleShot(0, [allRows] {
-        auto* form = qobject_cast<ui::TDelForm*>(QApplication::activeModalWidget());
-        if (!form)
-            qFatal("the removal dialog is not showing");
-        if (allRows)
-            form->findChild<QRadioButton*>(QStringLiteral("RB_All"))->click();
-        form->findChild<QPushButton*>(QStringLiteral("BtnOk"))->click();
+// Once a modal dialog of the type shows, `work` works it as a user would.
+template <typename Dialog> void whenShown(const std::function<void(Dialog&)>& work) {
+    QTimer::singleShot(0, [work] {
+        auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+        if (!dialog)
+            qFatal("the expected dialog is not showing");
+        work(*dialog);
     });
+}
+
+template <typename Control> void click(QWidget& dialog, const char* name) {
+    dialog.findChild<Control*>(QLatin1String(name))->click();
 }
 
 } // namespace
@@ -231,6 +234,32 @@ private Q_SLOTS:
         if (result >= 0)
             QCOMPARE(list.result(), result);
         QCOMPARE(list.SelectedType(), result == 1 ? select : QString());
+    }
+
+    // Add and Edit open the type form, on the selected type for Edit, and show the list
+    // anew after OK.
+    void typeListAddsAndEditsThroughTheForm() {
+        connect(testsupport::TestDatabases().front());
+        MainWindow mainWindow(m_connection);
+        ui::TAssetTypeListForm list(m_connection, mainWindow);
+        list.SetManagerMode();
+        list.show();
+        whenShown<ui::TAssetTypeForm>([](ui::TAssetTypeForm& form) {
+            QTest::keyClicks(form.findChild<QLineEdit*>(QStringLiteral("DB_Name")), "Scanner");
+            click<QPushButton>(form, "BtnOk");
+        });
+        click<QPushButton>(list, "BitBtn4");
+        auto* names = list.findChild<QListWidget*>(QStringLiteral("TypeList"));
+        QCOMPARE(names->count(), 4);
+        names->item(3)->setSelected(true);
+        whenShown<ui::TAssetTypeForm>([](ui::TAssetTypeForm& form) {
+            QCOMPARE(form.AssetType(), QStringLiteral("Scanner"));
+            click<QCheckBox>(form, "DB_User");
+            click<QPushButton>(form, "BtnOk");
+        });
+        click<QPushButton>(list, "BitBtn5");
+        QCOMPARE(names->count(), 4);
+        QCOMPARE(typesText(m_connection), SeededTypes + ";Scanner,True,True,True,True,False");
     }
 
     // The type form: a new type starts with every flag set; flags are stored as "True" and
@@ -445,7 +474,11 @@ private Q_SLOTS:
         mainWindow.sent.clear();
 
         ui::QueueUnattendedAnswers(answers);
-        chooseInDelForm(allRows);
+        whenShown<ui::TDelForm>([allRows](ui::TDelForm& dialog) {
+            if (allRows)
+                click<QRadioButton>(dialog, "RB_All");
+            click<QPushButton>(dialog, "BtnOk");
+        });
         const QString boxes = printedBy([&] { form.DeleteSelectedRecords(m_connection); });
         QCOMPARE(boxes, "Remove Assets: Are you sure you want to remove these Assets?\n" + printed);
         QCOMPARE(form.DeleteQuery(), statement);

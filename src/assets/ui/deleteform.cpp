@@ -8,6 +8,8 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
+#include <QShowEvent>
 #include <QVBoxLayout>
 
 namespace ui {
@@ -50,6 +52,13 @@ TDelForm::TDelForm(QWidget* parent)
     layout->addWidget(Label1);
     layout->addWidget(GroupBox1);
     layout->addLayout(buttons);
+}
+
+void TDelForm::showEvent(QShowEvent* event) {
+    QDialog::showEvent(event);
+    // In the middle of the screen, wherever the main window is.
+    if (const QScreen* shownOn = screen(); shownOn && !event->spontaneous())
+        move(shownOn->availableGeometry().center() - rect().center());
 }
 
 void TDelForm::BtnOkClick() {

@@ -28,6 +28,9 @@ public:
     void BtnOkClick();
     void done(int result) override;
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     QLabel* Label1 = nullptr;
     QGroupBox* GroupBox1 = nullptr;
