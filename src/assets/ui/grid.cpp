@@ -2,11 +2,17 @@
 
 #include "assets/dataset.h"
 #include "assets/gridlayout.h"
+#include "assets/removal.h"
+#include "assets/resulttablemodel.h"
 #include "assets/rowstext.h"
 #include "assets/sorttext.h"
 #include "assets/ui/dbgridrange.h"
+#include "assets/ui/deleteform.h"
 #include "core/commands.h"
+#include "core/log.h"
 #include "core/registry.h"
+#include "core/ui/messages.h"
+#include "db/odbc/odbc.h"
 #include "translation/translate.h"
 
 #include <QAction>
@@ -22,6 +28,7 @@
 
 #include <exception>
 #include <memory>
+#include <set>
 
 namespace ui {
 
@@ -38,6 +45,15 @@ constexpr int ButtonTop = 1;
 QString& lastStatusText() {
     static QString text;
     return text;
+}
+
+// A failed database statement goes to the activity log; a log that cannot be written
+// must not hide the failure's own message.
+void logQuietly(const QString& message) {
+    try {
+        core::LogLine(message);
+    } catch (const std::exception&) {
+    }
 }
 
 QString layoutKey() {
@@ -161,6 +177,52 @@ void TGridForm::UpdateStatusText() {
     }
     if (!lastStatusText().isEmpty())
         m_mainWindow.DispatchCommand(core::CMD_STATUS_TEXT, lastStatusText());
+}
+
+std::vector<int> TGridForm::SelectedRowsInSelectionOrder() const {
+    std::vector<int> rows;
+    const QItemSelectionModel* selection = DBGrid->selectionModel();
+    if (!selection)
+        return rows;
+    std::set<int> seen;
+    for (const QItemSelectionRange& range : selection->selection()) {
+        for (int row = range.top(); range.isValid() && row <= range.bottom(); ++row) {
+            if (seen.insert(row).second)
+                rows.push_back(row);
+        }
+    }
+    return rows;
+}
+
+void TGridForm::DeleteSelectedRecords(db::odbc::Connection& connection) {
+    using translation::Translate;
+    bool removeAll = false;
+    {
+        TDelForm form(this);
+        if (form.exec() != QDialog::Accepted)
+            return;
+        removeAll = form.RemoveAll();
+    }
+    long long deleted = 0;
+    try {
+        const QString statement =
+            assets::RemovalStatement(dynamic_cast<const assets::ResultTableModel*>(DBGrid->model()),
+                                     removeAll, SelectedRowsInSelectionOrder());
+        DBGrid->setUpdatesEnabled(false);
+        const auto enableGrid = qScopeGuard([this] { DBGrid->setUpdatesEnabled(true); });
+        m_deleteQuery = statement;
+        deleted = connection.execute(m_deleteQuery);
+    } catch (const std::exception& error) {
+        const QString message = QString::fromUtf8(error.what());
+        if (!dynamic_cast<const assets::RemovalError*>(&error))
+            logQuietly(message);
+        ShowMessage(this, QMessageBox::Warning, Translate(QStringLiteral("Error")), message);
+        return;
+    }
+    lastStatusText() = Translate(QStringLiteral("$RECORDCOUNT$ record(s) have been deleted"), 0,
+                                 {{QStringLiteral("$RECORDCOUNT$"), QString::number(deleted)}});
+    m_mainWindow.DispatchCommand(core::CMD_REQUERY, 1);
+    m_mainWindow.DispatchCommand(core::CMD_STATUS_TEXT, lastStatusText());
 }
 
 void TGridForm::SaveLayout() {

@@ -14,6 +14,10 @@ namespace core {
 class CommandTarget;
 }
 
+namespace db::odbc {
+class Connection;
+}
+
 namespace ui {
 
 class TDBGridRange;
@@ -65,6 +69,18 @@ public:
     QMenu* CreateHeaderMenu();
     void ResetLayout();
 
+    // Asks which rows to remove (TDelForm), then deletes the selected rows' assets by
+    // their IDs, or every row of ASSETS, on `connection`; reports the count in the status
+    // bar after the main window has reopened the query. A failure is shown and deletes
+    // nothing.
+    void DeleteSelectedRecords(db::odbc::Connection& connection);
+    // The text of the last delete statement run ("delete from ASSETS" before the first).
+    const QString& DeleteQuery() const { return m_deleteQuery; }
+    // The grid's selected rows in the order of its selection list (the selection model's
+    // ranges as it lists them, each from its top row down, each row once): the order in
+    // which the user selected them, a Shift range counting from its top row.
+    std::vector<int> SelectedRowsInSelectionOrder() const;
+
     void DBGridTitleClick(int column);
     void DBGridKeyUp();
     void DBGridMouseUp();
@@ -77,6 +93,7 @@ private:
     void copyRows(const std::vector<int>& rows);
 
     core::CommandTarget& m_mainWindow;
+    QString m_deleteQuery = QStringLiteral("delete from ASSETS");
 
     QWidget* PanelGrid = nullptr;
     QFrame* Bevel1 = nullptr;

@@ -2,9 +2,11 @@
 
 #include "assets/resulttablemodel.h"
 #include "assets/ui/dbgridrange.h"
+#include "assets/ui/assettype.h"
 #include "assets/ui/edit.h"
 #include "assets/ui/grid.h"
 #include "assets/ui/newrecord.h"
+#include "assets/ui/typelistdlg.h"
 #include "core/commandline.h"
 #include "core/log.h"
 #include "core/registry.h"
@@ -185,6 +187,13 @@ void TfmMain::createActions() {
     connect(ActionAddRow, &QAction::triggered, this, &TfmMain::ActionAddRowExecute);
     ActionDelete = createAction("ActionDelete", QStringLiteral("&Remove..."),
                                 QStringLiteral("Delete selected records"));
+    connect(ActionDelete, &QAction::triggered, this, &TfmMain::ActionDeleteExecute);
+    ActionEditAssetTypes = createAction("ActionEditAssetTypes",
+                                        QStringLiteral("View Asset &Types List"));
+    connect(ActionEditAssetTypes, &QAction::triggered, this,
+            &TfmMain::ActionEditAssetTypesExecute);
+    ActionNewAsset = createAction("ActionNewAsset", QStringLiteral("Create New &Asset Type"));
+    connect(ActionNewAsset, &QAction::triggered, this, &TfmMain::ActionNewAssetExecute);
     ActionAddColumn = createAction("ActionAddColumn", QStringLiteral("Add &Column..."),
                                    QStringLiteral("Add a new column into ASSETS table"));
 
@@ -214,6 +223,9 @@ void TfmMain::createActions() {
     QMenu* view = menuBar()->addMenu(Translate(QStringLiteral("&View")));
     view->addAction(ViewDetails);
     view->addAction(ViewEditForm);
+    view->addSeparator();
+    view->addAction(ActionEditAssetTypes);
+    view->addAction(ActionNewAsset);
     QMenu* help = menuBar()->addMenu(Translate(QStringLiteral("&Help")));
     help->addAction(ActionHelpContents);
     help->addSeparator();
@@ -706,6 +718,8 @@ void TfmMain::updateActions() {
     const bool assetQuery = open && m_editableAssets;
     ViewEditForm->setEnabled(assetQuery);
     ActionAddRow->setEnabled(open);
+    ActionNewAsset->setEnabled(open);
+    ActionEditAssetTypes->setEnabled(open);
     ActionDelete->setEnabled(assetQuery);
     // The add-column wizard is not part of this version.
     ActionAddColumn->setEnabled(false);
@@ -749,7 +763,37 @@ void TfmMain::ViewEditFormExecute() {
 }
 
 std::optional<QString> TfmMain::chooseAssetType() {
-    return m_assetTypeChooser ? m_assetTypeChooser() : std::nullopt;
+    if (m_assetTypeChooser)
+        return m_assetTypeChooser();
+    TAssetTypeListForm picker(ASSETS.connection(), *this, this);
+    if (picker.exec() != QDialog::Accepted)
+        return std::nullopt;
+    return picker.SelectedType();
+}
+
+void TfmMain::ActionDeleteExecute() {
+    if (!m_grid)
+        return;
+    m_grid->DeleteSelectedRecords(ASSETS.connection());
+    if (editorShown())
+        openEditor();
+}
+
+// The editor's tables are closed while the types change under it.
+void TfmMain::ActionEditAssetTypesExecute() {
+    const bool editorWasShown = editorShown();
+    if (editorWasShown)
+        closeEditor();
+    TAssetTypeListForm manager(ASSETS.connection(), *this, this);
+    manager.SetManagerMode();
+    manager.exec();
+    if (editorWasShown)
+        openEditor();
+}
+
+void TfmMain::ActionNewAssetExecute() {
+    TAssetTypeForm form(ASSETS.connection(), this);
+    form.exec();
 }
 
 void TfmMain::ActionAddRowExecute() {

@@ -129,6 +129,9 @@ private:
     void ActionExecuteExecute();
     void ViewEditFormExecute();
     void ActionAddRowExecute();
+    void ActionDeleteExecute();
+    void ActionEditAssetTypesExecute();
+    void ActionNewAssetExecute();
     void ViewDetailsExecute();
     void ActionPasteSQLExecute();
     void ActionSQLWizardExecute();
@@ -178,6 +181,8 @@ private:
     QAction* ViewDetails = nullptr;
     QAction* ActionAddRow = nullptr;
     QAction* ActionDelete = nullptr;
+    QAction* ActionEditAssetTypes = nullptr;
+    QAction* ActionNewAsset = nullptr;
     QAction* ActionAddColumn = nullptr;
     QAction* ActionPasteSQL = nullptr;
     QAction* ActionSQLWizard = nullptr;

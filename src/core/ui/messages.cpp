@@ -1,5 +1,7 @@
 #include "core/ui/messages.h"
 
+#include <QQueue>
+
 #include <cstdio>
 
 namespace ui {
@@ -7,6 +9,7 @@ namespace ui {
 namespace {
 bool unattended = false;
 bool errorShown = false;
+QQueue<QMessageBox::StandardButton> queuedAnswers;
 } // namespace
 
 void SetUnattended(bool value) {
@@ -15,6 +18,10 @@ void SetUnattended(bool value) {
 
 bool IsUnattended() {
     return unattended;
+}
+
+void QueueUnattendedAnswers(const QList<QMessageBox::StandardButton>& answers) {
+    queuedAnswers.append(answers);
 }
 
 bool ErrorWasShown() {
@@ -31,7 +38,7 @@ QMessageBox::StandardButton ShowMessage(QWidget* parent, QMessageBox::Icon icon,
         const QByteArray line = (title + QStringLiteral(": ") + text).toLocal8Bit();
         std::fprintf(stderr, "%s\n", line.constData());
         std::fflush(stderr);
-        return defaultButton;
+        return queuedAnswers.isEmpty() ? defaultButton : queuedAnswers.dequeue();
     }
     QMessageBox box(icon, title, text, buttons, parent);
     box.setDefaultButton(defaultButton);

@@ -9,6 +9,10 @@ namespace ui {
 void SetUnattended(bool unattended);
 bool IsUnattended();
 
+// For tests of unattended runs: the next boxes are answered with these buttons, one each
+// in order, instead of with their default buttons.
+void QueueUnattendedAnswers(const QList<QMessageBox::StandardButton>& answers);
+
 // True once an error box (a critical one) has been shown.
 bool ErrorWasShown();
 
