@@ -55,21 +55,10 @@ private Q_SLOTS:
         QCOMPARE(db::FormatPrintf(pattern, values), expected);
     }
 
-    void defaultDirectories_data() {
-        QTest::addColumn<QString>("program");
-        QTest::addColumn<QStringList>("expected");
-        QTest::newRow("installed")
-            << u"/opt/./q/../quillet/bin/"_s
-            << QStringList{u"/opt/quillet/bin"_s, u"/opt/quillet/lib/quillet"_s};
-        QTest::newRow("root") << u"/"_s << QStringList{u"/"_s, u"/lib/quillet"_s};
-    }
-    void defaultDirectories() {
-        QFETCH(QString, program);
-        QFETCH(QStringList, expected);
-        QCOMPARE(db::DefaultSqlWizardDirectories(program), expected);
-    }
-
-    void configuredDirectories() {
+    void directories() {
+        QCOMPARE(db::DefaultSqlWizardDirectories(u"/opt/./q/../quillet/bin/"_s),
+                 QStringList({u"/opt/quillet/bin"_s, u"/opt/quillet/lib/quillet"_s}));
+        QCOMPARE(db::DefaultSqlWizardDirectories(u"/"_s), QStringList({u"/"_s, u"/lib/quillet"_s}));
         const QStringList defaults = db::DefaultSqlWizardDirectories(QDir::currentPath());
         QCOMPARE(db::SqlWizardDirectories(), defaults);
         db::SetSqlWizardDirectories({u"/somewhere"_s});
@@ -162,15 +151,15 @@ private Q_SLOTS:
                         : QString());
     }
 
-    void longQuery() {
+    // A long query comes whole; a file that is no library is reported with the loader's
+    // error.
+    void longQueryAndBadLibrary() {
         QString sql = u"SELECT ID FROM ASSETS WHERE ID IN (0"_s;
         for (int i = 1; sql.size() < 20000; ++i)
             sql += u", "_s + QString::number(i);
         qputenv("QUILLET_TEST_SQLWIZARD_SQL", sql.toUtf8());
         QCOMPARE(db::CallSqlWizard({Working}, {}).sqlText, sql);
-    }
 
-    void libraryThatDoesNotLoad() {
         QTemporaryDir root;
         const QString path = root.filePath(u"libsqlwizard.so"_s);
         QVERIFY(testsupport::WriteFile(path, "not a library\n"));
@@ -180,17 +169,10 @@ private Q_SLOTS:
         QVERIFY2(outcome.loaderError.contains(path), qPrintable(outcome.loaderError));
     }
 
-    void tracerPid_data() {
-        QTest::addColumn<QByteArray>("status");
-        QTest::addColumn<long>("pid");
-        QTest::newRow("traced, last line") << QByteArray("Name:\tq\nTracerPid:\t4242") << 4242L;
-        QTest::newRow("garbage value") << QByteArray("TracerPid:\tabc\n") << 0L;
-        QTest::newRow("similar key") << QByteArray("NotTracerPid:\t12\nTracerPid:\t7\n") << 7L;
-    }
     void tracerPid() {
-        QFETCH(QByteArray, status);
-        QFETCH(long, pid);
-        QCOMPARE(db::TracerPidFromStatus(status), pid);
+        QCOMPARE(db::TracerPidFromStatus("Name:\tq\nTracerPid:\t4242"), 4242L);
+        QCOMPARE(db::TracerPidFromStatus("TracerPid:\tabc\n"), 0L);
+        QCOMPARE(db::TracerPidFromStatus("NotTracerPid:\t12\nTracerPid:\t7\n"), 7L);
     }
 };
 
