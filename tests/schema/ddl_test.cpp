@@ -85,8 +85,9 @@ private Q_SLOTS:
         QCOMPARE(schema::ColumnNameOf("USR_FLOOR\tINTEGER"), QStringLiteral("USR_FLOOR\tINTEGER"));
         QCOMPARE(schema::CreateTableStatement("T", {"A VARCHAR(5) NOT NULL", "B INTEGER"}),
                  QStringLiteral("CREATE TABLE T (A VARCHAR(5) NOT NULL, B INTEGER)"));
-        QCOMPARE(schema::AddColumnStatement("T", "X INT", DatabaseDialect::Default),
-                 QStringLiteral("ALTER TABLE T ADD X INT"));
+        for (const DatabaseDialect dialect : {DatabaseDialect::Default, DatabaseDialect::Oracle})
+            QCOMPARE(schema::AddColumnStatement("T", "X INT", dialect),
+                     QStringLiteral("ALTER TABLE T ADD X INT"));
         QCOMPARE(schema::AddColumnStatement("T", "X INT", DatabaseDialect::Access),
                  QStringLiteral("ALTER TABLE T ADD COLUMN X INT"));
         // Every CR, LF and TAB becomes a blank; nothing else changes.
