@@ -10,7 +10,6 @@
 #include "core/commands.h"
 #include "core/registry.h"
 #include "db/odbc/odbc.h"
-#include "rangestext.h"
 #include "support/testsupport.h"
 
 #include <QAction>
@@ -112,8 +111,19 @@ void clickScrollBar(QScrollBar* bar, bool down) {
     QTest::mouseClick(bar, Qt::LeftButton, {}, groove.center());
 }
 
+// The selected rows as "2-5,9".
 QString selectedText(const TDBGridRange& grid) {
-    return rangestext::RangesText(grid.SelectedRows());
+    const std::vector<int> rows = grid.SelectedRows();
+    QStringList parts;
+    for (auto it = rows.begin(); it != rows.end();) {
+        const int first = *it;
+        int last = first;
+        while (++it != rows.end() && *it == last + 1)
+            ++last;
+        parts << (first == last ? QString::number(first)
+                                : QStringLiteral("%1-%2").arg(first).arg(last));
+    }
+    return parts.join(',');
 }
 
 // One step, "verb argument":
@@ -602,6 +612,11 @@ private Q_SLOTS:
         run(*m_grid, {"key PageUp"});
         QCOMPARE(selectedText(*m_grid), QStringLiteral("0-2"));
         QCOMPARE(m_grid->currentIndex().row(), 0);
+        // With no whole row on screen a page is one row.
+        m_grid->resize(420, m_grid->horizontalHeader()->height() + 8);
+        QCOMPARE(m_grid->VisibleRowCount(), 0);
+        run(*m_grid, {"plain Down", "key PageDown"});
+        QCOMPARE(selectedText(*m_grid), QStringLiteral("1-2"));
     }
 
     void scrolledOnlyByTheScrollBarOrTheWheel() {
@@ -617,6 +632,10 @@ private Q_SLOTS:
         clickRow(*m_grid, target, Qt::ShiftModifier);
         QCOMPARE(selectedText(*m_grid), QStringLiteral("1-%1").arg(target));
         QVERIFY(!m_grid->Scrolled());
+        // The walk's anchor and target are remembered.
+        QCOMPARE(m_grid->RangeState().anchorRecordNumber(), 2);
+        QCOMPARE(m_grid->RangeState().targetBookmark(),
+                 std::optional<quint32>(m_result->bookmark(target)));
         // The view following the current row is no scroll.
         const int top = m_grid->rowAt(0);
         run(*m_grid, {"plain PageDown", "plain PageDown", "plain PageDown", "plain PageDown"});
@@ -676,6 +695,10 @@ private Q_SLOTS:
         m_grid->SetMultiSelect(true);
         m_result->close();
         QVERIFY(!m_grid->LinkActive());
+        // A press without an open result keeps the anchor (the plain press on row 2).
+        QCOMPARE(m_grid->RangeState().anchorRecordNumber(), 3);
+        QTest::mouseClick(m_grid->viewport(), Qt::LeftButton, {}, QPoint(30, 30));
+        QCOMPARE(m_grid->RangeState().anchorRecordNumber(), 3);
         QTest::keyClick(m_grid.get(), Qt::Key_Down, Qt::ShiftModifier);
         QCOMPARE(selectedText(*m_grid), QString());
     }
