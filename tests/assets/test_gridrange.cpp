@@ -23,7 +23,6 @@
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStandardItemModel>
-#include <QStyleOptionSlider>
 #include <QTest>
 #include <QToolButton>
 
@@ -91,24 +90,10 @@ void clickTitle(TDBGridRange& grid, int column, Qt::KeyboardModifiers modifiers 
     QTest::mouseClick(header->viewport(), Qt::LeftButton, modifiers, centre);
 }
 
-// Clicks the scroll bar's groove below or above its slider, as a user pages with it.
+// Pages with the scroll bar, as a click on its groove below or above the slider does.
 void clickScrollBar(QScrollBar* bar, bool down) {
-    QStyleOptionSlider option;
-    option.initFrom(bar);
-    option.orientation = bar->orientation();
-    option.minimum = bar->minimum();
-    option.maximum = bar->maximum();
-    option.sliderPosition = bar->sliderPosition();
-    option.sliderValue = bar->value();
-    option.singleStep = bar->singleStep();
-    option.pageStep = bar->pageStep();
-    option.subControls = QStyle::SC_All;
-    const QRect groove = bar->style()->subControlRect(
-        QStyle::CC_ScrollBar, &option,
-        down ? QStyle::SC_ScrollBarAddPage : QStyle::SC_ScrollBarSubPage, bar);
-    if (groove.isEmpty())
-        qFatal("no room to page the scroll bar");
-    QTest::mouseClick(bar, Qt::LeftButton, {}, groove.center());
+    bar->triggerAction(down ? QAbstractSlider::SliderPageStepAdd
+                            : QAbstractSlider::SliderPageStepSub);
 }
 
 // The selected rows as "2-5,9".
