@@ -451,13 +451,11 @@ private Q_SLOTS:
         const int price = m_result->fieldIndex("PRICE");
         const int before = grid().ColumnWidth(name);
         m_form->LoadLayout();
-        const int width = loaded.section(' ', 1, 1).toInt();
         QCOMPARE(QStringLiteral("%1 %2 %3")
                      .arg(grid().ColumnVisible(name))
                      .arg(grid().ColumnWidth(name) == before ? 0 : grid().ColumnWidth(name))
                      .arg(grid().ColumnWidth(price) != 77),
                  loaded);
-        QVERIFY(width == 0 || before != width);
         // Another pass runs again from the first column.
         storeLayout(QStringLiteral("NAME"), QStringLiteral("1,50"));
         m_form->LoadLayout();
