@@ -1,216 +1,131 @@
 #include "core/commandline.h"
+#include "support/testsupport.h"
 
 #include <QTemporaryDir>
 #include <QTest>
 
-using core::CommandLineValues;
+#include <algorithm>
+
+using testsupport::AddRow;
+
+namespace {
+
+// Every value as "name=value"; an unset optional value is left out.
+QStringList describe(const core::CommandLineValues& v) {
+    QStringList fields{"dsn=" + v.dataSourceName,
+                       "sql=" + v.sqlText,
+                       "user=" + v.userName,
+                       "pwd=" + v.password,
+                       "dbtype=" + v.databaseType,
+                       "nogui=" + QString::number(v.noGui),
+                       "create=" + QString::number(v.create),
+                       "def=" + v.tableDefinitionPath,
+                       "types=" + v.assetTypeFile,
+                       "delim=" + v.delimiter,
+                       "startrow=" + QString::number(v.startRow)};
+    if (v.title)
+        fields << "title=" + *v.title;
+    if (v.logFilePath)
+        fields << "log=" + *v.logFilePath;
+    return fields;
+}
+
+} // namespace
 
 class TestCommandLine : public QObject {
     Q_OBJECT
 
-private:
     QTemporaryDir m_dir;
 
-    QString writeFile(const QString& name, const QByteArray& content) {
-        const QString path = m_dir.filePath(name);
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly))
-            qFatal("cannot write %s", qPrintable(path));
-        file.write(content);
-        return path;
-    }
-
-    static CommandLineValues parse(const QString& raw) {
-        CommandLineValues values;
-        core::ParseCommandLine(raw, values);
-        return values;
-    }
-
 private Q_SLOTS:
-    void splitsAtEveryQuote() {
-        const QStringList pieces = core::SplitCommandLine(
-            QStringLiteral(R"(C:\quillet.exe "ODBC=Assets" "SQL=select * from ASSETS" "/NOGUI")"));
-        const QStringList expected{QStringLiteral("C:\\quillet.exe "),
-                                   QStringLiteral("ODBC=Assets"),
-                                   QStringLiteral(" "),
-                                   QStringLiteral("SQL=select * from ASSETS"),
-                                   QStringLiteral(" "),
-                                   QStringLiteral("/NOGUI"),
-                                   QString()};
-        QCOMPARE(pieces, expected);
-    }
-
-    void rawLineQuotesEveryArgument() {
-        QCOMPARE(core::RawCommandLine({QStringLiteral("/usr/bin/quillet"),
-                                       QStringLiteral("ODBC=My DSN"), QStringLiteral("/NOGUI")}),
+    void splitAndJoin() {
+        QCOMPARE(core::SplitCommandLine(
+                     R"(C:\quillet.exe "ODBC=Assets" "SQL=select * from ASSETS" "/NOGUI")"),
+                 QStringList({"C:\\quillet.exe ", "ODBC=Assets", " ", "SQL=select * from ASSETS",
+                              " ", "/NOGUI", ""}));
+        QCOMPARE(core::RawCommandLine({"/usr/bin/quillet", "ODBC=My DSN", "/NOGUI"}),
                  QStringLiteral(R"("/usr/bin/quillet" "ODBC=My DSN" "/NOGUI")"));
     }
 
-    void textValues_data() {
+    // `changed`: the values that differ from the defaults.
+    void parse_data() {
         QTest::addColumn<QString>("raw");
-        QTest::addColumn<QString>("dsn");
-        QTest::addColumn<QString>("sql");
-        QTest::addColumn<QString>("user");
-        QTest::addColumn<QString>("password");
-        QTest::addColumn<QString>("databaseType");
-
-        QTest::newRow("quoted arguments")
-            << R"("q" "ODBC=Assets" "SQL=select * from ASSETS" "USER=Ann" "PWD=s3;cret" "DBTYPE=oracle9")"
-            << "Assets"
-            << "select * from ASSETS"
-            << "Ann"
-            << "s3;cret"
-            << "oracle9";
-        QTest::newRow("unquoted arguments run together") << "q ODBC=a SQL=b"
-                                                         << "a SQL=b"
-                                                         << "a SQL=b"
-                                                         << ""
-                                                         << ""
-                                                         << "";
-        QTest::newRow("keyword in lower case, value case kept") << R"("q" "odbc=MyName")"
-                                                                << "MyName"
-                                                                << ""
-                                                                << ""
-                                                                << ""
-                                                                << "";
-        QTest::newRow("MSSQL= matches SQL=") << R"("q" "MSSQL=x")"
-                                             << ""
-                                             << "x"
-                                             << ""
-                                             << ""
-                                             << "";
-        QTest::newRow("later pieces win") << R"("q" "ODBC=a" "ODBC=b")"
-                                          << "b"
-                                          << ""
-                                          << ""
-                                          << ""
-                                          << "";
-        QTest::newRow("keyword anywhere in the piece") << R"("q" "my ODBC=x")"
-                                                       << "x"
-                                                       << ""
-                                                       << ""
-                                                       << ""
-                                                       << "";
-        QTest::newRow("value after the first equals sign")
-            << R"("q" "SQL=select * from T where A='=' ")"
-            << ""
-            << "select * from T where A='=' "
-            << ""
-            << ""
-            << "";
-        QTest::newRow("a piece matching two keywords") << R"("q" "USER=ODBC=x")"
-                                                       << "ODBC=x"
-                                                       << ""
-                                                       << "ODBC=x"
-                                                       << ""
-                                                       << "";
-        QTest::newRow("empty values") << R"("q" "ODBC=" "USER=" "PWD=")"
-                                      << ""
-                                      << ""
-                                      << ""
-                                      << ""
-                                      << "";
-        QTest::newRow("a quote inside a value cuts it") << R"("q" "SQL=select "x" from T")"
-                                                        << ""
-                                                        << "select "
-                                                        << ""
-                                                        << ""
-                                                        << "";
-        QTest::newRow("report and template change nothing")
-            << R"("q" "REPORT=r.htm" "TEMPLATE=t.htm")"
-            << ""
-            << ""
-            << ""
-            << ""
-            << "";
+        QTest::addColumn<QStringList>("changed");
+        AddRow("quoted arguments",
+               R"("q" "ODBC=Assets" "SQL=select * from ASSETS" "USER=Ann" "PWD=s3;cret" )"
+               R"("DBTYPE=oracle9")",
+               QStringList{"dsn=Assets", "sql=select * from ASSETS", "user=Ann", "pwd=s3;cret",
+                           "dbtype=oracle9"});
+        AddRow("unquoted arguments run together", "q ODBC=a SQL=b",
+               QStringList{"dsn=a SQL=b", "sql=a SQL=b"});
+        AddRow("keyword in lower case, value case kept", R"("q" "odbc=MyName")",
+               QStringList{"dsn=MyName"});
+        AddRow("MSSQL= matches SQL=", R"("q" "MSSQL=x")", QStringList{"sql=x"});
+        AddRow("later pieces win", R"("q" "ODBC=a" "ODBC=b")", QStringList{"dsn=b"});
+        AddRow("keyword anywhere in the piece", R"("q" "my ODBC=x")", QStringList{"dsn=x"});
+        AddRow("value after the first equals sign", R"("q" "SQL=select * from T where A='=' ")",
+               QStringList{"sql=select * from T where A='=' "});
+        AddRow("a piece matching two keywords", R"("q" "USER=ODBC=x")",
+               QStringList{"dsn=ODBC=x", "user=ODBC=x"});
+        AddRow("empty values", R"("q" "ODBC=" "USER=" "PWD=")", QStringList{});
+        AddRow("a quote inside a value cuts it", R"("q" "SQL=select "x" from T")",
+               QStringList{"sql=select "});
+        AddRow("report and template change nothing", R"("q" "REPORT=r.htm" "TEMPLATE=t.htm")",
+               QStringList{});
+        AddRow("nogui and create", R"("q" "/nogui" "/CREATE")", QStringList{"nogui=1", "create=1"});
+        AddRow("create with a file", R"("q" "CREATE=schema.def")",
+               QStringList{"create=1", "def=schema.def"});
+        AddRow("type import", R"("q" "TYPES=types.aty" "DELIM=||" "STARTROW=12abc")",
+               QStringList{"types=types.aty", "delim=||", "startrow=12"});
+        AddRow("start row without digits", R"("q" "STARTROW=abc")", QStringList{"startrow=0"});
+        AddRow("start row beyond int", R"("q" "STARTROW=99999999999")",
+               QStringList{"startrow=2147483647"});
+        AddRow("title and log only when given, empty title",
+               R"("q" "TITLE=S" "LOG=/r.log" "TITLE=")", QStringList{"title=", "log=/r.log"});
     }
-
-    void textValues() {
+    void parse() {
         QFETCH(QString, raw);
-        const CommandLineValues values = parse(raw);
-        QTEST(values.dataSourceName, "dsn");
-        QTEST(values.sqlText, "sql");
-        QTEST(values.userName, "user");
-        QTEST(values.password, "password");
-        QTEST(values.databaseType, "databaseType");
+        QFETCH(QStringList, changed);
+        QStringList expected = describe({});
+        for (const QString& value : changed) {
+            const QString name = value.section('=', 0, 0) + '=';
+            const auto it = std::find_if(expected.begin(), expected.end(),
+                                         [&](const QString& f) { return f.startsWith(name); });
+            if (it == expected.end())
+                expected << value;
+            else
+                *it = value;
+        }
+        core::CommandLineValues values;
+        core::ParseCommandLine(raw, values);
+        QCOMPARE(describe(values), expected);
     }
 
-    void flagsAndStartupValues_data() {
-        QTest::addColumn<QString>("raw");
-        QTest::addColumn<bool>("noGui");
-        QTest::addColumn<bool>("create");
-        QTest::addColumn<QString>("tableDefinition");
-        QTest::addColumn<QString>("types");
-        QTest::addColumn<QString>("delimiter");
-        QTest::addColumn<int>("startRow");
-
-        QTest::newRow("defaults") << R"("q")" << false << false << "table.def"
-                                  << ""
-                                  << ";" << 1;
-        QTest::newRow("nogui and create")
-            << R"("q" "/nogui" "/CREATE")" << true << true << "table.def"
-            << ""
-            << ";" << 1;
-        QTest::newRow("create with a file")
-            << R"("q" "CREATE=schema.def")" << false << true << "schema.def"
-            << ""
-            << ";" << 1;
-        QTest::newRow("type import") << R"("q" "TYPES=types.aty" "DELIM=||" "STARTROW=12abc")"
-                                     << false << false << "table.def"
-                                     << "types.aty"
-                                     << "||" << 12;
-        QTest::newRow("start row without digits")
-            << R"("q" "STARTROW=abc")" << false << false << "table.def"
-            << ""
-            << ";" << 0;
-        QTest::newRow("start row beyond int")
-            << R"("q" "STARTROW=99999999999")" << false << false << "table.def"
-            << ""
-            << ";" << 2147483647;
-    }
-
-    void flagsAndStartupValues() {
-        QFETCH(QString, raw);
-        const CommandLineValues values = parse(raw);
-        QTEST(values.noGui, "noGui");
-        QTEST(values.create, "create");
-        QTEST(values.tableDefinitionPath, "tableDefinition");
-        QTEST(values.assetTypeFile, "types");
-        QTEST(values.delimiter, "delimiter");
-        QTEST(values.startRow, "startRow");
-    }
-
-    void titleAndLogAreSetOnlyWhenGiven() {
-        const CommandLineValues none = parse(QStringLiteral(R"("q" "ODBC=x")"));
-        QVERIFY(!none.title);
-        QVERIFY(!none.logFilePath);
-        const CommandLineValues both =
-            parse(QStringLiteral(R"("q" "TITLE=Stores" "LOG=/tmp/run.log" "TITLE=")"));
-        QCOMPARE(both.title, QString());
-        QCOMPARE(both.logFilePath, QStringLiteral("/tmp/run.log"));
-    }
-
+    // Lines end in CR LF; a name of no file is the text itself.
     void sqlFromFile_data() {
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<QString>("sql");
-        QTest::newRow("LF lines") << QByteArray("select *\nfrom ASSETS\n")
-                                  << "select *\r\nfrom ASSETS\r\n";
-        QTest::newRow("CR LF lines, no final break")
-            << QByteArray("select *\r\nfrom ASSETS") << "select *\r\nfrom ASSETS\r\n";
-        QTest::newRow("CR lines and an empty line") << QByteArray("a\r\rb") << "a\r\n\r\nb\r\n";
-        QTest::newRow("empty file") << QByteArray() << "";
+        AddRow("LF lines", QByteArray("select *\nfrom ASSETS\n"), "select *\r\nfrom ASSETS\r\n");
+        AddRow("CR LF lines, no final break", QByteArray("select *\r\nfrom ASSETS"),
+               "select *\r\nfrom ASSETS\r\n");
+        AddRow("CR lines and an empty line", QByteArray("a\r\rb"), "a\r\n\r\nb\r\n");
+        AddRow("empty file", QByteArray(), "");
+        AddRow("no such file", QByteArray(), "missing");
+        AddRow("a folder", QByteArray(), "");
     }
-
     void sqlFromFile() {
         QFETCH(QByteArray, content);
-        const QString path = writeFile(QStringLiteral("query.sql"), content);
-        QTEST(parse(QStringLiteral("\"q\" \"SQL=%1\"").arg(path)).sqlText, "sql");
-    }
-
-    void sqlNamingNoFileIsText() {
-        const QString path = m_dir.filePath(QStringLiteral("missing.sql"));
-        QCOMPARE(parse(QStringLiteral("\"q\" \"SQL=%1\"").arg(path)).sqlText, path);
-        QCOMPARE(parse(QStringLiteral("\"q\" \"SQL=%1\"").arg(m_dir.path())).sqlText, m_dir.path());
+        QFETCH(QString, sql);
+        QString path = m_dir.filePath(QTest::currentDataTag());
+        if (sql == QLatin1String("missing"))
+            sql = path;
+        else if (QTest::currentDataTag() == QLatin1String("a folder"))
+            sql = path = m_dir.path();
+        else
+            QVERIFY(testsupport::WriteFile(path, content));
+        core::CommandLineValues values;
+        core::ParseCommandLine(QStringLiteral("\"q\" \"SQL=%1\"").arg(path), values);
+        QCOMPARE(values.sqlText, sql);
     }
 };
 

@@ -4,77 +4,53 @@
 #include <QSettings>
 #include <QTest>
 
+using testsupport::AddRow;
+
 class TestRegistry : public QObject {
     Q_OBJECT
-
-private:
-    static QString read(const QString& subkey, const QString& name, int length,
-                        const std::optional<QString>& fallback, bool* found) {
-        QString buffer = QStringLiteral("stale");
-        *found = core::ReadRegistryString(subkey, name, buffer, length, fallback);
-        return buffer;
-    }
 
 private Q_SLOTS:
     void initTestCase() { testsupport::UseTemporarySettings(); }
 
-    void missingValueWithoutDefault() {
-        bool found = true;
-        QCOMPARE(read(QStringLiteral("LastConnection"), QStringLiteral("DSN"), 64000, std::nullopt,
-                      &found),
-                 QString());
-        QVERIFY(!found);
-    }
-
-    void missingValueWithDefaultIsWrittenBack() {
-        bool found = false;
-        QCOMPARE(read(QStringLiteral("Preferences"), QStringLiteral("Money"), 259,
-                      QStringLiteral("0"), &found),
-                 QStringLiteral("0"));
-        QVERIFY(found);
-        QCOMPARE(
-            read(QStringLiteral("Preferences"), QStringLiteral("Money"), 259, std::nullopt, &found),
-            QStringLiteral("0"));
-        QVERIFY(found);
-    }
-
+    // A null value: nothing written first. A missing value with a default gets it written
+    // back; without one it is not found and the buffer is emptied.
     void writeThenRead_data() {
         QTest::addColumn<QString>("subkey");
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("value");
         QTest::addColumn<int>("length");
-        QTest::addColumn<QString>("expected");
+        QTest::addColumn<QString>("fallback"); // null: none
+        QTest::addColumn<QString>("expected"); // null: not found
 
-        QTest::newRow("plain") << "LastConnection"
-                               << "SQL"
-                               << "select * from ASSETS" << 64000 << "select * from ASSETS";
-        QTest::newRow("empty value") << "LastConnection"
-                                     << "UserName"
-                                     << "" << 64000 << "";
-        QTest::newRow("nested subkey") << "Preferences\\GridLayout"
-                                       << "ID"
-                                       << "1,64" << 259 << "1,64";
-        QTest::newRow("cut to the buffer") << "Preferences"
-                                           << "LogFile"
-                                           << "abcdef" << 4 << "abc";
-        QTest::newRow("line breaks and unicode")
-            << "LastConnection"
-            << "SQL"
-            << "select 'Müller'\r\nfrom T" << 64000 << "select 'Müller'\r\nfrom T";
-        QTest::newRow("value name with blanks") << "ExportImport"
-                                                << "Last File"
-                                                << "a.txt" << 259 << "a.txt";
+        const QString none;
+        AddRow("plain", "LastConnection", "SQL", "select * from ASSETS", 64000, "unused",
+               "select * from ASSETS");
+        AddRow("empty value", "LastConnection", "UserName", "", 64000, "unused", "");
+        AddRow("nested subkey", "Preferences\\GridLayout", "ID", "1,64", 259, none, "1,64");
+        AddRow("cut to the buffer", "Preferences", "LogFile", "abcdef", 4, none, "abc");
+        AddRow("line breaks and unicode", "LastConnection", "SQL", "select 'Müller'\r\nfrom T",
+               64000, none, "select 'Müller'\r\nfrom T");
+        AddRow("value name with blanks", "ExportImport", "Last File", "a.txt", 259, none, "a.txt");
+        AddRow("missing, no default", "LastConnection", "DSN", none, 64000, none, none);
+        AddRow("missing, default written back", "Preferences", "Money", none, 259, "0", "0");
     }
-
     void writeThenRead() {
         QFETCH(QString, subkey);
         QFETCH(QString, name);
         QFETCH(QString, value);
         QFETCH(int, length);
-        QVERIFY(core::WriteRegistryString(subkey, name, value));
-        bool found = false;
-        QTEST(read(subkey, name, length, QStringLiteral("unused default"), &found), "expected");
-        QVERIFY(found);
+        QFETCH(QString, fallback);
+        QFETCH(QString, expected);
+        if (!value.isNull())
+            QVERIFY(core::WriteRegistryString(subkey, name, value));
+        for (const std::optional<QString>& defaultValue :
+             {fallback.isNull() ? std::nullopt : std::optional(fallback),
+              std::optional<QString>()}) {
+            QString buffer = QStringLiteral("stale");
+            QCOMPARE(core::ReadRegistryString(subkey, name, buffer, length, defaultValue),
+                     !expected.isNull());
+            QCOMPARE(buffer, expected.isNull() ? QString() : expected);
+        }
     }
 
     void storedUnderTheCompanyAndProgram() {

@@ -61,6 +61,8 @@ private Q_SLOTS:
             "-- it's :x\nSELECT ? -- :z\r?");
         row("block comments do not nest", "/* /* :x\n */ :y */", {"y"}, "/* /* :x\n */ ? */");
         row("unterminated block comment", "SELECT :a /* :x", {"a"}, "SELECT ? /* :x");
+        row("a comment's closing slash opens nothing", "SELECT /* all */* FROM T WHERE A = :a",
+            {"a"}, "SELECT /* all */* FROM T WHERE A = ?");
         row("comment marks inside a literal", "SELECT '--', '/*', :a", {"a"},
             "SELECT '--', '/*', ?");
         row("minus and slash before a parameter", "SELECT 5-:n, 10/:m", {"n", "m"},

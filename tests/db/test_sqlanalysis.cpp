@@ -18,10 +18,6 @@ void analyseRow(const char* name, const QString& sql, bool appendId, bool editab
                         << (expected.isNull() ? sql : expected);
 }
 
-void textRow(const char* name, const QString& text, const QString& expected) {
-    QTest::newRow(name) << text << expected;
-}
-
 } // namespace
 
 class TestSqlAnalysis : public QObject {
@@ -196,56 +192,49 @@ private Q_SLOTS:
         }
     }
 
-    void appendIdColumn_data() {
+    // The text helpers: "append" (AppendIdColumn), "upper" (UpperCaseSql), "trim"
+    // (TrimBlanks).
+    void textRules_data() {
+        QTest::addColumn<QString>("rule");
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("expected");
-        textRow("no FROM: unchanged", "SELECT 1", "SELECT 1");
-        textRow("case-sensitive: lower-case from is not found", "select name from assets",
-                "select name from assets");
-        textRow("ends and the text around FROM trimmed, inner blanks kept",
-                "  SELECT NAME  \r\nFROM   ASSETS  \r\n", "SELECT NAME,ID FROM   ASSETS");
-        textRow("nothing before FROM", "FROM ASSETS", ",ID FROM ASSETS");
-        textRow("first FROM inside a word", "SELECT FROMAGE FROM T", "SELECT,ID FROMAGE FROM T");
-        textRow("FROM at the very end", "SELECT NAME FROM", "SELECT NAME,ID FROM");
+        const auto row = [](const char* name, const char* rule, const QString& text,
+                            const QString& expected) {
+            QTest::newRow(name) << QString::fromLatin1(rule) << text << expected;
+        };
+        row("append: no FROM, unchanged", "append", "SELECT 1", "SELECT 1");
+        row("append: lower-case from is not found", "append", "select name from assets",
+            "select name from assets");
+        row("append: ends and the text around FROM trimmed, inner blanks kept", "append",
+            "  SELECT NAME  \r\nFROM   ASSETS  \r\n", "SELECT NAME,ID FROM   ASSETS");
+        row("append: nothing before FROM", "append", "FROM ASSETS", ",ID FROM ASSETS");
+        row("append: FROM at the very end", "append", "SELECT NAME FROM", "SELECT NAME,ID FROM");
+        row("upper: ASCII, accents, controls untouched", "upper", "select a_1 été ñ\r\n\tb",
+            "SELECT A_1 ÉTÉ Ñ\r\n\tB");
+        row("upper: sharp s keeps its length", "upper", "straße", "STRAßE");
+        row("upper: dotless i", "upper", "ı", "I");
+        row("upper: outside the basic plane", "upper", QString::fromUcs4(U"\U00010428x"),
+            QString::fromUcs4(U"\U00010400X"));
+        row("trim: blanks, line breaks, tabs; inner blanks kept", "trim", " \r\n\tA  B\t\r\n ",
+            "A  B");
+        row("trim: other control characters", "trim", QStringLiteral("\x01SELECT 1\x1f\x7f"),
+            "SELECT 1");
+        row("trim: no-break space kept", "trim", QStringLiteral("\u00a0A\u00a0"),
+            QStringLiteral("\u00a0A\u00a0"));
+        row("trim: blanks only", "trim", " \t\r\n ", "");
     }
-
-    void appendIdColumn() {
+    void textRules() {
+        QFETCH(QString, rule);
         QFETCH(QString, text);
         QFETCH(QString, expected);
-        QString rewritten = text;
-        QCOMPARE(db::AppendIdColumn(rewritten), expected != text);
-        QCOMPARE(rewritten, expected);
-    }
-
-    void upperCase_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        textRow("ASCII, accents, controls untouched", "select a_1 été ñ\r\n\tb",
-                "SELECT A_1 ÉTÉ Ñ\r\n\tB");
-        textRow("sharp s keeps its length", "straße", "STRAßE");
-        textRow("dotless i", "ı", "I");
-        textRow("outside the basic plane", QString::fromUcs4(U"\U00010428x"),
-                QString::fromUcs4(U"\U00010400X"));
-    }
-
-    void upperCase() {
-        QFETCH(QString, text);
-        QTEST(db::UpperCaseSql(text), "expected");
-    }
-
-    void trim_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        textRow("blanks, line breaks, tabs; inner blanks kept", " \r\n\tA  B\t\r\n ", "A  B");
-        textRow("other control characters", QStringLiteral("\x01SELECT 1\x1f\x7f"), "SELECT 1");
-        textRow("no-break space kept", QStringLiteral("\u00a0A\u00a0"),
-                QStringLiteral("\u00a0A\u00a0"));
-        textRow("blanks only", " \t\r\n ", "");
-    }
-
-    void trim() {
-        QFETCH(QString, text);
-        QTEST(db::TrimBlanks(text), "expected");
+        if (rule == QLatin1String("append")) {
+            QString rewritten = text;
+            QCOMPARE(db::AppendIdColumn(rewritten), expected != text);
+            QCOMPARE(rewritten, expected);
+        } else {
+            QCOMPARE(rule == QLatin1String("upper") ? db::UpperCaseSql(text) : db::TrimBlanks(text),
+                     expected);
+        }
     }
 };
 

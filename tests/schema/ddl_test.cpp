@@ -32,12 +32,6 @@ QStringList describe(const QByteArray& file, DatabaseDialect dialect) {
     return lines;
 }
 
-// The lines of a Default run: the given ones between the log entries of the two passes.
-QStringList defaultRun(const QStringList& lines) {
-    const QString pass = QStringLiteral("log: processing Default section.");
-    return QStringList{pass} + lines + QStringList{pass};
-}
-
 // The small file of the table definition file's documentation.
 const QByteArray ExampleFile = "[Default]\n"
                                "FieldTypes=2\nType1=TEXT50\nType2=NUMBER10\n"
@@ -91,8 +85,9 @@ private Q_SLOTS:
         QCOMPARE(schema::ColumnNameOf("USR_FLOOR\tINTEGER"), QStringLiteral("USR_FLOOR\tINTEGER"));
         QCOMPARE(schema::CreateTableStatement("T", {"A VARCHAR(5) NOT NULL", "B INTEGER"}),
                  QStringLiteral("CREATE TABLE T (A VARCHAR(5) NOT NULL, B INTEGER)"));
-        QCOMPARE(schema::AddColumnStatement("T", "X INT", DatabaseDialect::Default),
-                 QStringLiteral("ALTER TABLE T ADD X INT"));
+        for (const DatabaseDialect dialect : {DatabaseDialect::Default, DatabaseDialect::Oracle})
+            QCOMPARE(schema::AddColumnStatement("T", "X INT", dialect),
+                     QStringLiteral("ALTER TABLE T ADD X INT"));
         QCOMPARE(schema::AddColumnStatement("T", "X INT", DatabaseDialect::Access),
                  QStringLiteral("ALTER TABLE T ADD COLUMN X INT"));
         // Every CR, LF and TAB becomes a blank; nothing else changes.
@@ -100,59 +95,55 @@ private Q_SLOTS:
                  QStringLiteral("UPDATE T  SET A = 'a;b' \"T\""));
     }
 
-    // Both passes; the types take their native text from the dialect's section.
-    void exampleFile_data() {
-        QTest::addColumn<DatabaseDialect>("dialect");
-        QTest::addColumn<QString>("columns");
-        QTest::newRow("Default") << DatabaseDialect::Default
-                                 << QStringLiteral("USR_LOCATION VARCHAR(50) | USR_FLOOR INTEGER");
-        QTest::newRow("Oracle") << DatabaseDialect::Oracle
-                                << QStringLiteral(
-                                       "USR_LOCATION VARCHAR2(50) | USR_FLOOR NUMBER(10)");
-        // No MSSQL section: the generic names have no native text and stay as they are.
-        QTest::newRow("SqlServer") << DatabaseDialect::SqlServer
-                                   << QStringLiteral("USR_LOCATION TEXT50 | USR_FLOOR NUMBER10");
-    }
-    void exampleFile() {
-        QFETCH(DatabaseDialect, dialect);
-        QFETCH(QString, columns);
-        QCOMPARE(describe(ExampleFile, dialect),
-                 QStringList({"log: processing Default section.", "log: ...processing table ASSETS",
-                              "table: ASSETS | " + columns,
-                              "log: ...processing SQL query Default_Query1",
-                              "statement: UPDATE ASSETS\r\nSET USR_FLOOR = 0",
-                              "log: processing " + db::DialectSectionName(dialect) + " section."}));
-    }
-
-    void oracleRunsBothPassesWithOracleTypes() {
-        const QByteArray text = "[Default]\n"
-                                "FieldTypes=1\nType1=%TEXT%\n%TEXT%=VARCHAR(20)\nTables=1\n"
-                                "[Oracle]\n"
-                                "FieldTypes=1\nType1=%TEXT%\n%TEXT%=VARCHAR2(20)\n"
-                                "Tables=2\nQueries=1\n"
-                                "[Default_Table1]\nName=NODES\nColumns=1\nColumn1=NODENAME %TEXT%\n"
-                                "[Oracle_Table1]\nName=ORA_EXTRA\nColumns=1\nColumn1=NOTE %TEXT%\n"
-                                "[Oracle_Table2]\nName=  \nColumns=1\nColumn1=NOTE %TEXT%\n"
-                                "[Oracle_Query1]\nRows=1\nRow1=COMMENT ON TABLE NODES IS 'n'\n";
-        QCOMPARE(describe(text, DatabaseDialect::Oracle),
-                 QStringList(
-                     {"log: processing Default section.", "log: ...processing table NODES",
-                      "table: NODES | NODENAME VARCHAR2(20)", "log: processing Oracle section.",
-                      "log: ...processing table ORA_EXTRA", "table: ORA_EXTRA | NOTE VARCHAR2(20)",
-                      "log: ...processing SQL query Oracle_Query1",
-                      "statement: COMMENT ON TABLE NODES IS 'n'"}));
-        // Dialect Default never reads the Oracle section.
-        QCOMPARE(
-            describe(text, DatabaseDialect::Default),
-            defaultRun({"log: ...processing table NODES", "table: NODES | NODENAME VARCHAR(20)"}));
-    }
-
-    void unusualSections_data() {
+    // The work read from a file for a dialect: Default runs the Default section twice,
+    // another dialect the Default section and then its own; the types take their native
+    // text from the dialect's section.
+    void schemaWork_data() {
         QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<DatabaseDialect>("dialect");
         QTest::addColumn<QStringList>("expected");
-        const auto row = [](const char* name, const QByteArray& text, const QStringList& lines) {
-            QTest::newRow(name) << text << defaultRun(lines);
+        const auto example = [](const QString& columns, const QString& second) {
+            return QStringList{"log: processing Default section.",
+                               "log: ...processing table ASSETS",
+                               "table: ASSETS | " + columns,
+                               "log: ...processing SQL query Default_Query1",
+                               "statement: UPDATE ASSETS\r\nSET USR_FLOOR = 0",
+                               "log: processing " + second + " section."};
         };
+        QTest::newRow("example, Default")
+            << ExampleFile << DatabaseDialect::Default
+            << example("USR_LOCATION VARCHAR(50) | USR_FLOOR INTEGER", "Default");
+        QTest::newRow("example, Oracle")
+            << ExampleFile << DatabaseDialect::Oracle
+            << example("USR_LOCATION VARCHAR2(50) | USR_FLOOR NUMBER(10)", "Oracle");
+        // No MSSQL section: the generic names have no native text and stay as they are.
+        QTest::newRow("example, SqlServer")
+            << ExampleFile << DatabaseDialect::SqlServer
+            << example("USR_LOCATION TEXT50 | USR_FLOOR NUMBER10", "MSSQL");
+        const QByteArray oracle =
+            "[Default]\nFieldTypes=1\nType1=%TEXT%\n%TEXT%=VARCHAR(20)\nTables=1\n"
+            "[Oracle]\nFieldTypes=1\nType1=%TEXT%\n%TEXT%=VARCHAR2(20)\nTables=2\nQueries=1\n"
+            "[Default_Table1]\nName=NODES\nColumns=1\nColumn1=NODENAME %TEXT%\n"
+            "[Oracle_Table1]\nName=ORA_EXTRA\nColumns=1\nColumn1=NOTE %TEXT%\n"
+            "[Oracle_Table2]\nName=  \nColumns=1\nColumn1=NOTE %TEXT%\n"
+            "[Oracle_Query1]\nRows=1\nRow1=COMMENT ON TABLE NODES IS 'n'\n";
+        QTest::newRow("Oracle: both passes with Oracle types")
+            << oracle << DatabaseDialect::Oracle
+            << QStringList{"log: processing Default section.",
+                           "log: ...processing table NODES",
+                           "table: NODES | NODENAME VARCHAR2(20)",
+                           "log: processing Oracle section.",
+                           "log: ...processing table ORA_EXTRA",
+                           "table: ORA_EXTRA | NOTE VARCHAR2(20)",
+                           "log: ...processing SQL query Oracle_Query1",
+                           "statement: COMMENT ON TABLE NODES IS 'n'"};
+        const auto row = [](const char* name, const QByteArray& text, const QStringList& lines) {
+            const QString pass = QStringLiteral("log: processing Default section.");
+            QTest::newRow(name) << text << DatabaseDialect::Default
+                                << QStringList{pass} + lines + QStringList{pass};
+        };
+        row("Default never reads the Oracle section", oracle,
+            {"log: ...processing table NODES", "table: NODES | NODENAME VARCHAR(20)"});
         const QString noDefinitions = QStringLiteral("log: .......no column definitions found.");
         row("table without a name is skipped silently",
             "[Default]\nTables=2\n[Default_Table1]\nColumns=1\nColumn1=A INTEGER\n"
@@ -193,9 +184,10 @@ private Q_SLOTS:
             "Tables=1\n[Default_Table1]\nName=T\nColumns=1\nColumn1=A %B% %C%\n",
             {"log: ...processing table T", "table: T | A %B% INTEGER"});
     }
-    void unusualSections() {
+    void schemaWork() {
         QFETCH(QByteArray, text);
-        QTEST(describe(text, DatabaseDialect::Default), "expected");
+        QFETCH(DatabaseDialect, dialect);
+        QTEST(describe(text, dialect), "expected");
     }
 };
 

@@ -9,32 +9,27 @@
 #include <QStringList>
 #include <QTest>
 
-#include <map>
-#include <optional>
-
 namespace testsupport {
 
-using PreferenceValues = std::map<QString, QString>;
-
-inline void StorePreferences(const PreferenceValues& values) {
-    for (const auto& [name, value] : values)
-        QVERIFY(core::WriteRegistryString(QStringLiteral("Preferences"), name, value));
+// Stores "Name=value;Name=value".
+inline void StorePreferences(const QString& values) {
+    for (const QString& pair : values.split(u';', Qt::SkipEmptyParts))
+        QVERIFY(core::WriteRegistryString(QStringLiteral("Preferences"), pair.section(u'=', 0, 0),
+                                          pair.section(u'=', 1)));
 }
 
-inline std::optional<QString> StoredPreference(const QString& name) {
-    QString buffer;
-    if (!core::ReadRegistryString(QStringLiteral("Preferences"), name, buffer, 259, std::nullopt))
-        return std::nullopt;
-    return buffer;
-}
-
-// The names of the stored values, sorted.
-inline QStringList StoredPreferenceNames() {
+// "Name=value" for each stored value, sorted.
+inline QStringList StoredPreferences() {
     QSettings settings(QStringLiteral("Marrowby"), QStringLiteral("Quillet"));
     settings.beginGroup(QStringLiteral("Preferences"));
-    QStringList names = settings.childKeys();
-    names.sort();
-    return names;
+    QStringList values;
+    for (const QString& name : settings.childKeys()) {
+        QString buffer;
+        core::ReadRegistryString(QStringLiteral("Preferences"), name, buffer, 259, std::nullopt);
+        values << name + u'=' + buffer;
+    }
+    values.sort();
+    return values;
 }
 
 } // namespace testsupport

@@ -5,12 +5,16 @@
 #include <QDir>
 #include <QFile>
 #include <QMutex>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QTest>
 
+#include <cstdio>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace testsupport {
 
@@ -37,52 +41,25 @@ QString environment(const char* name) {
     return qEnvironmentVariable(name);
 }
 
-struct IniSection {
-    QString name;
-    QStringList lines; // the lines after the header
-};
-
-std::vector<IniSection> readIni(const QString& path) {
-    std::vector<IniSection> sections;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return sections;
-    IniSection preamble;
-    IniSection* current = &preamble;
-    while (!file.atEnd()) {
-        const QString line = QString::fromUtf8(file.readLine()).trimmed();
-        if (line.startsWith(QLatin1Char('[')) && line.endsWith(QLatin1Char(']'))) {
-            sections.push_back({line.mid(1, line.size() - 2), {}});
-            current = &sections.back();
-        } else if (!line.isEmpty()) {
-            current->lines << line;
-        }
-    }
-    return sections;
-}
-
-void writeIni(const QString& path, const std::vector<IniSection>& sections) {
+// Written whole or not at all: the driver manager may read the file at any time.
+void saveFile(const QString& path, const QByteArray& content) {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
-        throw std::runtime_error("cannot write " + path.toStdString());
-    for (const IniSection& section : sections) {
-        file.write("[" + section.name.toUtf8() + "]\n");
-        for (const QString& line : section.lines)
-            file.write(line.toUtf8() + '\n');
-        file.write("\n");
-    }
-    if (!file.commit())
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.commit())
         throw std::runtime_error("cannot write " + path.toStdString());
 }
 
+// A copy of the inherited user odbc.ini, whose data sources stay usable.
 QString createUserOdbcIni() {
     const QString path = keptTemporaryFolder("odbc") + QStringLiteral("/odbc.ini");
     const QString inherited = environment("ODBCINI");
-    if (!inherited.isEmpty() && QFile::exists(inherited))
-        writeIni(path, readIni(inherited));
-    else
-        writeIni(path, {});
+    saveFile(path, inherited.isEmpty() ? QByteArray() : ReadFile(inherited));
     qputenv("ODBCINI", QFile::encodeName(path));
+    return path;
+}
+
+// The private user odbc.ini of this process; created, and ODBCINI set, on first use.
+QString userOdbcIniPath() {
+    static const QString path = createUserOdbcIni();
     return path;
 }
 
@@ -100,60 +77,56 @@ QString UseTemporarySettings() {
     return folder;
 }
 
-QString UserOdbcIniPath() {
-    static const QString path = createUserOdbcIni();
-    return path;
-}
-
 void SqliteDsn(const QString& dsnName, const QString& databasePath, const QString& driver) {
     QMutexLocker locker(&odbcIniMutex());
-    const QString path = UserOdbcIniPath();
-    std::vector<IniSection> sections = readIni(path);
-    const QStringList lines{QStringLiteral("Driver=") + driver,
-                            QStringLiteral("Database=") + databasePath,
-                            QStringLiteral("StepAPI=1")};
-    bool replaced = false;
-    for (IniSection& section : sections)
-        if (section.name.compare(dsnName, Qt::CaseInsensitive) == 0) {
-            section.lines = lines;
-            replaced = true;
-        }
-    if (!replaced)
-        sections.push_back({dsnName, lines});
-    writeIni(path, sections);
+    const QString path = userOdbcIniPath();
+    // An earlier section of that name goes: its header and the lines up to the next one.
+    QString text = QString::fromUtf8(ReadFile(path));
+    text.remove(QRegularExpression(
+        QStringLiteral("^\\[%1\\]\n(?:[^[\n].*\n|\n)*").arg(QRegularExpression::escape(dsnName)),
+        QRegularExpression::MultilineOption | QRegularExpression::CaseInsensitiveOption));
+    if (!text.isEmpty() && !text.endsWith(u'\n'))
+        text += u'\n';
+    text += QStringLiteral("[%1]\nDriver=%2\nDatabase=%3\nStepAPI=1\n\n")
+                .arg(dsnName, driver, databasePath);
+    saveFile(path, text.toUtf8());
 }
 
 QString OdbcDriverLibrary(const QString& driverName) {
     const QString folder = environment("ODBCSYSINI");
-    const QString odbcinst =
-        (folder.isEmpty() ? QStringLiteral("/etc") : folder) + QStringLiteral("/odbcinst.ini");
-    for (const IniSection& section : readIni(odbcinst)) {
-        if (section.name.compare(driverName, Qt::CaseInsensitive) != 0)
-            continue;
-        for (const QString& line : section.lines) {
-            const qsizetype equals = line.indexOf(QLatin1Char('='));
-            if (equals < 0 || line.left(equals).trimmed().compare(QLatin1String("Driver"),
-                                                                  Qt::CaseInsensitive) != 0)
-                continue;
-            const QString library = line.mid(equals + 1).trimmed();
-            if (QDir::isAbsolutePath(library))
-                return QFile::exists(library) ? library : QString();
-            // A bare file name is found on the library path; look where Debian puts drivers.
-            for (const QString& candidate :
-                 QDir(QStringLiteral("/usr/lib")).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-                const QString path = QStringLiteral("/usr/lib/%1/odbc/%2").arg(candidate, library);
-                if (QFile::exists(path))
-                    return path;
-            }
-            const QString path = QStringLiteral("/usr/lib/odbc/") + library;
-            return QFile::exists(path) ? path : QString();
-        }
-    }
+    const QSettings odbcinst((folder.isEmpty() ? QStringLiteral("/etc") : folder) +
+                                 QStringLiteral("/odbcinst.ini"),
+                             QSettings::IniFormat);
+    const QString library = odbcinst.value(driverName + QStringLiteral("/Driver")).toString();
+    if (library.isEmpty() || QDir::isAbsolutePath(library))
+        return QFile::exists(library) ? library : QString();
+    // A bare file name is found on the library path; look where Debian puts drivers.
+    QStringList candidates{QStringLiteral("/usr/lib/odbc/") + library};
+    for (const QString& triplet :
+         QDir(QStringLiteral("/usr/lib")).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        candidates.prepend(QStringLiteral("/usr/lib/%1/odbc/%2").arg(triplet, library));
+    for (const QString& path : candidates)
+        if (QFile::exists(path))
+            return path;
     return QString();
 }
 
 QString TestDatabase::connectionString() const {
     return QStringLiteral("DSN=%1;UID=%2;PWD=%3").arg(dsn, user, password);
+}
+
+QString TestDatabase::binaryType(bool isLong) const {
+    if (is("postgresql"))
+        return QStringLiteral("BYTEA");
+    if (is("mariadb"))
+        return isLong ? QStringLiteral("LONGBLOB") : QStringLiteral("VARBINARY(64)");
+    return QStringLiteral("BLOB");
+}
+
+QString TestDatabase::binaryLiteral(const QByteArray& bytes) const {
+    const QString hex = QString::fromLatin1(bytes.toHex());
+    return is("postgresql") ? QStringLiteral("decode('%1', 'hex')").arg(hex)
+                            : QStringLiteral("X'%1'").arg(hex);
 }
 
 TestDatabase ServerDsn(Server server) {
@@ -203,6 +176,21 @@ QByteArray ReadFile(const QString& path) {
 bool WriteFile(const QString& path, const QByteArray& content) {
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+QString PrintedBy(const std::function<void()>& action) {
+    QTemporaryFile file;
+    if (!file.open())
+        qFatal("no temporary file");
+    std::fflush(stderr);
+    const int saved = ::dup(STDERR_FILENO);
+    ::dup2(file.handle(), STDERR_FILENO);
+    action();
+    std::fflush(stderr);
+    ::dup2(saved, STDERR_FILENO);
+    ::close(saved);
+    file.seek(0);
+    return QString::fromLocal8Bit(file.readAll());
 }
 
 } // namespace testsupport

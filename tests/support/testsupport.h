@@ -13,6 +13,7 @@
 #include <QString>
 #include <QTest>
 
+#include <functional>
 #include <vector>
 
 namespace testsupport {
@@ -26,9 +27,6 @@ template <typename... Values> void AddRow(const char* name, const Values&... val
 // temporary folder kept for the rest of the process, via XDG_CONFIG_HOME and QSettings'
 // own user paths. Returns the folder. Call it before the code under test reads settings.
 QString UseTemporarySettings();
-
-// The private user odbc.ini of this process; created, and ODBCINI set, on first use.
-QString UserOdbcIniPath();
 
 // Adds or replaces the user data source `dsnName` for the SQLite3 driver on the database
 // file `databasePath` (created by the driver when first opened). `driver` is the driver's
@@ -48,8 +46,15 @@ struct TestDatabase {
     QString password;
 
     bool isAvailable() const { return !dsn.isEmpty(); }
+    bool is(const char* name) const { return label == QLatin1String(name); }
     // "DSN=...;UID=...;PWD=..."
     QString connectionString() const;
+    // What differs between the databases in table definitions and literals.
+    QString longTextType() const { return is("mariadb") ? "LONGTEXT" : "TEXT"; }
+    QString binaryType(bool isLong = false) const;
+    QString binaryLiteral(const QByteArray& bytes) const;
+    // After the columns of CREATE TABLE: MariaDB's default character set is not UTF-8.
+    QString tableOptions() const { return is("mariadb") ? " DEFAULT CHARSET=utf8mb4" : ""; }
 };
 
 enum class Server { PostgreSql, MariaDb };
@@ -74,6 +79,10 @@ void AddDatabaseRows();
 QByteArray ReadFile(const QString& path);
 // Writes a file whole; false when it cannot be written.
 bool WriteFile(const QString& path, const QByteArray& content);
+
+// What `action` writes to standard error: in an unattended run, one "TITLE: TEXT" line
+// for each message box.
+QString PrintedBy(const std::function<void()>& action);
 
 // A table name no other test process uses at the same time: "q<stem>_<pid>_<n>",
 // lower case so that every database keeps it as written.

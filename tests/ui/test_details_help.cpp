@@ -1,9 +1,9 @@
 // Help contents: finding the HTML manual and handing it to the browser, with an opener
 // that records the address instead of starting a browser.
 
-#include "test_sqlwizard_helpers.h"
-
+#include "core/ui/messages.h"
 #include "db/ui/help.h"
+#include "support/testsupport.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -12,7 +12,7 @@
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
-using testwizard::printedBy;
+using testsupport::PrintedBy;
 
 class TestDetailsHelp : public QObject {
     Q_OBJECT
@@ -42,56 +42,48 @@ private Q_SLOTS:
     }
 
     // Where the manual is: the file handed to the browser, or an error box and no browser.
+    // A file name ending in "/" is a folder.
     void contents_data() {
         QTest::addColumn<QString>("files");
-        QTest::addColumn<QString>("folder");
+        QTest::addColumn<bool>("browserStarts");
         QTest::addColumn<QString>("manual");
+        QTest::addColumn<QString>("printed"); // %1, %2: the places looked at, %3: the manual
         const QString beside = u"bin/Quillet.html"_s, shared = u"share/doc/quillet/Quillet.html"_s;
-        QTest::newRow("beside the program") << beside << QString() << beside;
-        QTest::newRow("in the shared folder") << shared << QString() << shared;
+        const QString missing =
+            u"Error: The help file Quillet.html was not found.\nIt belongs in %1 or %2.\n"_s;
+        QTest::newRow("beside the program") << beside << true << beside << QString();
+        QTest::newRow("in the shared folder") << shared << true << shared << QString();
         QTest::newRow("both: the program's folder first")
-            << beside + u' ' + shared << QString() << beside;
-        QTest::newRow("missing") << QString() << QString() << QString();
-        QTest::newRow("a folder of that name") << QString() << beside << QString();
+            << beside + u' ' + shared << true << beside << QString();
+        QTest::newRow("missing") << QString() << true << QString() << missing;
+        QTest::newRow("a folder of that name") << beside + u'/' << true << QString() << missing;
+        QTest::newRow("browser does not start")
+            << beside << false << beside
+            << u"Error: The help file %3 could not be opened in the web browser.\n"_s;
     }
     void contents() {
         QFETCH(QString, files);
-        QFETCH(QString, folder);
         QFETCH(QString, manual);
+        QFETCH(QString, printed);
+        QFETCH(bool, browserStarts);
+        this->browserStarts = browserStarts;
         QTemporaryDir root;
         const QDir dir(root.path());
         QVERIFY(dir.mkpath(u"bin"_s) && dir.mkpath(u"share/doc/quillet"_s));
-        for (const QString& path : files.split(u' ', Qt::SkipEmptyParts)) {
-            QFile file(dir.filePath(path));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-        }
-        QVERIFY(folder.isEmpty() || dir.mkpath(folder));
-
-        const QString program = dir.filePath(u"bin"_s);
+        for (const QString& path : files.split(u' ', Qt::SkipEmptyParts))
+            QVERIFY(path.endsWith(u'/') ? dir.mkpath(path)
+                                        : testsupport::WriteFile(dir.filePath(path), {}));
+        const QString expected =
+            QString(printed)
+                .replace(u"%1"_s, dir.filePath(u"bin/Quillet.html"_s))
+                .replace(u"%2"_s, dir.filePath(u"share/doc/quillet/Quillet.html"_s))
+                .replace(u"%3"_s, dir.filePath(manual));
         bool shown = false;
-        const QString printed = printedBy([&] { shown = ui::ShowHelpContents(nullptr, program); });
-        QCOMPARE(shown, !manual.isEmpty());
-        QCOMPARE(opened,
-                 shown ? QList<QUrl>{QUrl::fromLocalFile(dir.filePath(manual))} : QList<QUrl>());
-        QCOMPARE(printed, shown ? QString()
-                                : u"Error: The help file Quillet.html was not found.\n"
-                                  u"It belongs in %1 or %2.\n"_s.arg(
-                                      dir.filePath(u"bin/Quillet.html"_s),
-                                      dir.filePath(u"share/doc/quillet/Quillet.html"_s)));
-    }
-
-    void browserDoesNotStart() {
-        QTemporaryDir root;
-        const QString manual = root.filePath(u"Quillet.html"_s);
-        QFile file(manual);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        browserStarts = false;
-        bool shown = true;
-        QCOMPARE(
-            printedBy([&] { shown = ui::ShowHelpContents(nullptr, root.path()); }),
-            u"Error: The help file %1 could not be opened in the web browser.\n"_s.arg(manual));
-        QVERIFY(!shown);
-        QCOMPARE(opened.size(), 1);
+        QCOMPARE(PrintedBy([&] { shown = ui::ShowHelpContents(nullptr, dir.filePath(u"bin"_s)); }),
+                 expected);
+        QCOMPARE(shown, printed.isEmpty());
+        QCOMPARE(opened, manual.isEmpty() ? QList<QUrl>()
+                                          : QList<QUrl>{QUrl::fromLocalFile(dir.filePath(manual))});
     }
 
     // The build puts the manual beside the program; without a folder given the running
@@ -109,7 +101,7 @@ private Q_SLOTS:
         QCOMPARE(opened, QList<QUrl>{QUrl::fromLocalFile(manual)});
 
         bool shown = true;
-        QVERIFY(printedBy([&] {
+        QVERIFY(PrintedBy([&] {
                     shown = ui::ShowHelpContents(nullptr);
                 }).contains(QCoreApplication::applicationDirPath()));
         QVERIFY(!shown);

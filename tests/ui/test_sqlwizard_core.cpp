@@ -55,21 +55,10 @@ private Q_SLOTS:
         QCOMPARE(db::FormatPrintf(pattern, values), expected);
     }
 
-    void defaultDirectories_data() {
-        QTest::addColumn<QString>("program");
-        QTest::addColumn<QStringList>("expected");
-        QTest::newRow("installed")
-            << u"/opt/./q/../quillet/bin/"_s
-            << QStringList{u"/opt/quillet/bin"_s, u"/opt/quillet/lib/quillet"_s};
-        QTest::newRow("root") << u"/"_s << QStringList{u"/"_s, u"/lib/quillet"_s};
-    }
-    void defaultDirectories() {
-        QFETCH(QString, program);
-        QFETCH(QStringList, expected);
-        QCOMPARE(db::DefaultSqlWizardDirectories(program), expected);
-    }
-
-    void configuredDirectories() {
+    void directories() {
+        QCOMPARE(db::DefaultSqlWizardDirectories(u"/opt/./q/../quillet/bin/"_s),
+                 QStringList({u"/opt/quillet/bin"_s, u"/opt/quillet/lib/quillet"_s}));
+        QCOMPARE(db::DefaultSqlWizardDirectories(u"/"_s), QStringList({u"/"_s, u"/lib/quillet"_s}));
         const QStringList defaults = db::DefaultSqlWizardDirectories(QDir::currentPath());
         QCOMPARE(db::SqlWizardDirectories(), defaults);
         db::SetSqlWizardDirectories({u"/somewhere"_s});
@@ -95,6 +84,7 @@ private Q_SLOTS:
 
     // Each way of the test plugin, a library without the entry point and a missing one.
     // The plugin records its arguments and, when released, what it still holds.
+    // `configured`: QUILLET_TEST_SQLWIZARD_CODE; `called`: GetSQL was called.
     void callSqlWizard_data() {
         QTest::addColumn<QString>("mode");
         QTest::addColumn<QString>("directory");
@@ -102,35 +92,30 @@ private Q_SLOTS:
         QTest::addColumn<qint32>("code");
         QTest::addColumn<QString>("sqlText");
         QTest::addColumn<bool>("called");
-        const QByteArray none;
-        QTest::newRow("query") << u"sql"_s << Working << none << ORV_S_OK
-                               << u"SELECT ID, ASSETTYPE FROM ASSETS"_s << true;
-        QTest::newRow("arguments as given")
-            << u"echo"_s << Working << none << ORV_S_OK
-            << u"dsn=[ Inventory\t] user=[ admin ] password=[p;w\u00e9] sql=[select 1] nlq=[7] "
-               u"nlqtext=[all assets]"_s
-            << true;
-        QTest::newRow("empty text")
-            << u"empty"_s << Working << none << ORV_S_OK << QString() << true;
-        QTest::newRow("no text") << u"none"_s << Working << none << ORV_S_OK << QString() << true;
-        QTest::newRow("failure, its text ignored")
-            << u"fail"_s << Working << none << ORV_E_FAIL << QString() << true;
-        QTest::newRow("positive code is success")
-            << u"fail"_s << Working << QByteArray("1") << ORV_S_FALSE
-            << u"SELECT 'must not be used'"_s << true;
-        QTest::newRow("exception from the call")
-            << u"throw"_s << Working << none << ORV_E_UNEXPECTED << QString() << true;
-        QTest::newRow("creation fails")
-            << u"nocreate"_s << Working << QByteArray("-5") << qint32(-5) << QString() << false;
-        QTest::newRow("exception from the creation")
-            << u"createthrow"_s << Working << none << ORV_E_UNEXPECTED << QString() << false;
-        QTest::newRow("created without an object")
-            << u"noobject"_s << Working << none << ORV_E_NOINTERFACE << QString() << false;
-        QTest::newRow("missing entry point")
-            << u"sql"_s << QStringLiteral(QUILLET_TEST_WIZARD_NOENTRY_DIR) << none
-            << ORV_E_CLASSNOTAVAILABLE << QString() << false;
-        QTest::newRow("missing library") << u"sql"_s << QDir(Working).filePath(u"nothing-here"_s)
-                                         << none << ORV_E_CLASSNOTREG << QString() << false;
+        const auto row = [](const char* name, const char* mode, qint32 code, const QString& sql,
+                            bool called, const QString& directory = Working,
+                            const QByteArray& configured = {}) {
+            QTest::newRow(name) << QString(mode) << directory << configured << code << sql
+                                << called;
+        };
+        row("query", "sql", ORV_S_OK, u"SELECT ID, ASSETTYPE FROM ASSETS"_s, true);
+        row("arguments as given", "echo", ORV_S_OK,
+            u"dsn=[ Inventory\t] user=[ admin ] password=[p;w\u00e9] sql=[select 1] nlq=[7] "
+            u"nlqtext=[all assets]"_s,
+            true);
+        row("empty text", "empty", ORV_S_OK, QString(), true);
+        row("no text", "none", ORV_S_OK, QString(), true);
+        row("failure, its text ignored", "fail", ORV_E_FAIL, QString(), true);
+        row("positive code is success", "fail", ORV_S_FALSE, u"SELECT 'must not be used'"_s, true,
+            Working, "1");
+        row("exception from the call", "throw", ORV_E_UNEXPECTED, QString(), true);
+        row("creation fails", "nocreate", -5, QString(), false, Working, "-5");
+        row("exception from the creation", "createthrow", ORV_E_UNEXPECTED, QString(), false);
+        row("created without an object", "noobject", ORV_E_NOINTERFACE, QString(), false);
+        row("missing entry point", "sql", ORV_E_CLASSNOTAVAILABLE, QString(), false,
+            QStringLiteral(QUILLET_TEST_WIZARD_NOENTRY_DIR));
+        row("missing library", "sql", ORV_E_CLASSNOTREG, QString(), false,
+            QDir(Working).filePath(u"nothing-here"_s));
     }
     void callSqlWizard() {
         QFETCH(QString, mode);
@@ -162,15 +147,15 @@ private Q_SLOTS:
                         : QString());
     }
 
-    void longQuery() {
+    // A long query comes whole; a file that is no library is reported with the loader's
+    // error.
+    void longQueryAndBadLibrary() {
         QString sql = u"SELECT ID FROM ASSETS WHERE ID IN (0"_s;
         for (int i = 1; sql.size() < 20000; ++i)
             sql += u", "_s + QString::number(i);
         qputenv("QUILLET_TEST_SQLWIZARD_SQL", sql.toUtf8());
         QCOMPARE(db::CallSqlWizard({Working}, {}).sqlText, sql);
-    }
 
-    void libraryThatDoesNotLoad() {
         QTemporaryDir root;
         const QString path = root.filePath(u"libsqlwizard.so"_s);
         QVERIFY(testsupport::WriteFile(path, "not a library\n"));
@@ -180,17 +165,10 @@ private Q_SLOTS:
         QVERIFY2(outcome.loaderError.contains(path), qPrintable(outcome.loaderError));
     }
 
-    void tracerPid_data() {
-        QTest::addColumn<QByteArray>("status");
-        QTest::addColumn<long>("pid");
-        QTest::newRow("traced, last line") << QByteArray("Name:\tq\nTracerPid:\t4242") << 4242L;
-        QTest::newRow("garbage value") << QByteArray("TracerPid:\tabc\n") << 0L;
-        QTest::newRow("similar key") << QByteArray("NotTracerPid:\t12\nTracerPid:\t7\n") << 7L;
-    }
     void tracerPid() {
-        QFETCH(QByteArray, status);
-        QFETCH(long, pid);
-        QCOMPARE(db::TracerPidFromStatus(status), pid);
+        QCOMPARE(db::TracerPidFromStatus("Name:\tq\nTracerPid:\t4242"), 4242L);
+        QCOMPARE(db::TracerPidFromStatus("TracerPid:\tabc\n"), 0L);
+        QCOMPARE(db::TracerPidFromStatus("NotTracerPid:\t12\nTracerPid:\t7\n"), 7L);
     }
 };
 
