@@ -5,13 +5,12 @@
 #include "assets/resulttablemodel.h"
 #include "assets/ui/assettype.h"
 #include "assets/ui/deleteform.h"
+#include "assets/ui/dbgridrange.h"
 #include "assets/ui/grid.h"
 #include "assets/ui/typelistdlg.h"
 #include "core/commands.h"
 #include "core/ui/messages.h"
-#include "gridclicks.h"
 #include "support/testsupport.h"
-#include "ui/test_sqlwizard_helpers.h"
 
 #include <QAction>
 #include <QApplication>
@@ -28,7 +27,7 @@
 #include <memory>
 
 using testsupport::TestDatabase;
-using testwizard::printedBy;
+using testsupport::PrintedBy;
 
 namespace {
 
@@ -217,7 +216,7 @@ private Q_SLOTS:
         if (item)
             item->setSelected(true);
 
-        QCOMPARE(printedBy([&] {
+        QCOMPARE(PrintedBy([&] {
                      if (action == QLatin1String("double")) {
                          const QPoint centre = names->visualItemRect(item).center();
                          QTest::mousePress(names->viewport(), Qt::LeftButton, {}, centre);
@@ -323,7 +322,7 @@ private Q_SLOTS:
         QTest::keyClicks(name, typed);
         for (const QString& box : clicked)
             form.findChild<QCheckBox*>(box)->click();
-        const QString boxes = printedBy([&] {
+        const QString boxes = PrintedBy([&] {
             if (ok)
                 form.findChild<QPushButton*>(QStringLiteral("BtnOk"))->click();
             else
@@ -342,7 +341,7 @@ private Q_SLOTS:
         connect(testsupport::TestDatabases().front());
         ui::TAssetTypeForm form(m_connection);
         form.SetAssetType(QStringLiteral("O'Brien"));
-        QVERIFY(printedBy([&] { form.show(); }).startsWith(QStringLiteral("Error: ")));
+        QVERIFY(PrintedBy([&] { form.show(); }).startsWith(QStringLiteral("Error: ")));
         QTRY_VERIFY(!form.isVisible());
         QCOMPARE(form.result(), int(QDialog::Rejected));
     }
@@ -396,7 +395,7 @@ private Q_SLOTS:
         m_connection.execute(QStringLiteral("INSERT INTO ASSETS VALUES (99, 'Monitor', 'f')"));
 
         ui::QueueUnattendedAnswers(answers);
-        const QString boxes = printedBy([&] { list.BtnDeleteAssetTypeClick(); });
+        const QString boxes = PrintedBy([&] { list.BtnDeleteAssetTypeClick(); });
         const QString question = "Delete confirmation: Are you sure you want to delete the \"" +
                                  type + "\" asset type\r and all Asset entries of this type?\n";
         QVERIFY2(boxes.startsWith(question + printed), qPrintable(boxes));
@@ -470,7 +469,16 @@ private Q_SLOTS:
         form.SetModel(&result);
         form.show();
         QVERIFY(QTest::qWaitForWindowExposed(&form));
-        gridclicks::run(*form.Grid(), clicks);
+        for (const QString& step : clicks) {
+            // "press R", "ctrl R", "shift R": a click on row R with those keys held.
+            const Qt::KeyboardModifiers held =
+                step.startsWith(QLatin1String("ctrl"))    ? Qt::ControlModifier
+                : step.startsWith(QLatin1String("shift")) ? Qt::ShiftModifier
+                                                          : Qt::NoModifier;
+            const QRect cell = form.Grid()->visualRect(
+                form.Grid()->model()->index(step.section(' ', 1).toInt(), 0));
+            QTest::mouseClick(form.Grid()->viewport(), Qt::LeftButton, held, cell.center());
+        }
         mainWindow.sent.clear();
 
         ui::QueueUnattendedAnswers(answers);
@@ -479,7 +487,7 @@ private Q_SLOTS:
                 click<QRadioButton>(dialog, "RB_All");
             click<QPushButton>(dialog, "BtnOk");
         });
-        const QString boxes = printedBy([&] { form.DeleteSelectedRecords(m_connection); });
+        const QString boxes = PrintedBy([&] { form.DeleteSelectedRecords(m_connection); });
         QCOMPARE(boxes, "Remove Assets: Are you sure you want to remove these Assets?\n" + printed);
         QCOMPARE(form.DeleteQuery(), statement);
         QCOMPARE(mainWindow.sent, sent);

@@ -313,6 +313,7 @@ private Q_SLOTS:
         QCOMPARE(window->DispatchCommand(core::CMD_EXECUTE_SQL, update.arg(QStringLiteral("AAA"))),
                  1);
         window->DispatchCommand(core::CMD_REQUERY, 0);
+        model->waitForAllRows();
         const int row = grid->currentIndex().row();
         QCOMPARE(model->sortText(), QStringLiteral("[ASSETTYPE] DESC"));
         QCOMPARE(row, model->rowCount() - 1);

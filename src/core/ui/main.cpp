@@ -1,8 +1,8 @@
 #include "core/ui/main.h"
 
 #include "assets/resulttablemodel.h"
-#include "assets/ui/dbgridrange.h"
 #include "assets/ui/assettype.h"
+#include "assets/ui/dbgridrange.h"
 #include "assets/ui/edit.h"
 #include "assets/ui/grid.h"
 #include "assets/ui/newrecord.h"
@@ -188,10 +188,9 @@ void TfmMain::createActions() {
     ActionDelete = createAction("ActionDelete", QStringLiteral("&Remove..."),
                                 QStringLiteral("Delete selected records"));
     connect(ActionDelete, &QAction::triggered, this, &TfmMain::ActionDeleteExecute);
-    ActionEditAssetTypes = createAction("ActionEditAssetTypes",
-                                        QStringLiteral("View Asset &Types List"));
-    connect(ActionEditAssetTypes, &QAction::triggered, this,
-            &TfmMain::ActionEditAssetTypesExecute);
+    ActionEditAssetTypes =
+        createAction("ActionEditAssetTypes", QStringLiteral("View Asset &Types List"));
+    connect(ActionEditAssetTypes, &QAction::triggered, this, &TfmMain::ActionEditAssetTypesExecute);
     ActionNewAsset = createAction("ActionNewAsset", QStringLiteral("Create New &Asset Type"));
     connect(ActionNewAsset, &QAction::triggered, this, &TfmMain::ActionNewAssetExecute);
     ActionAddColumn = createAction("ActionAddColumn", QStringLiteral("Add &Column..."),
@@ -585,7 +584,9 @@ void TfmMain::RefreshQuery() {
         // large one run again end alike: back on the same record, found by its ID (by its
         // position when the result has no ID) as soon as that row has arrived.
         executeQuery(m_executed);
+        // The rows there are so far are sorted at once; later ones as they arrive.
         ViewQuery->setSortText(sortText);
+        ViewQuery->waitForSort();
         if (id.isNull())
             locateRow(row);
         else
