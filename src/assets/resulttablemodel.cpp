@@ -470,10 +470,7 @@ int ResultTableModel::rowOfBookmark(quint32 bookmark) const {
 }
 
 int ResultTableModel::fieldIndex(const QString& name) const {
-    for (size_t column = 0; column < m_fields.size(); ++column)
-        if (m_fields[column].name.compare(name, Qt::CaseInsensitive) == 0)
-            return int(column);
-    return -1;
+    return db::odbc::ColumnIndex(m_fields, name);
 }
 
 int ResultTableModel::rowCount(const QModelIndex& parent) const {

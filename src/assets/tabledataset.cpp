@@ -126,10 +126,7 @@ void TableDataSet::moveTo(int index) {
 }
 
 int TableDataSet::fieldIndex(const QString& name) const {
-    for (size_t field = 0; field < m_fields.size(); ++field)
-        if (m_fields[field].name.compare(name, Qt::CaseInsensitive) == 0)
-            return int(field);
-    return -1;
+    return db::odbc::ColumnIndex(m_fields, name);
 }
 
 int TableDataSet::requireField(const QString& name) const {

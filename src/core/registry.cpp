@@ -63,10 +63,16 @@ bool ReadRegistryString(const QString& subkey, const QString& valueName, QString
 
 bool WriteRegistryString(const QString& subkey, const QString& valueName, const QString& value,
                          bool perUser) {
+    return WriteRegistryStrings(subkey, {{valueName, value}}, perUser);
+}
+
+bool WriteRegistryStrings(const QString& subkey,
+                          const std::vector<std::pair<QString, QString>>& values, bool perUser) {
     QSettings store = openStore(perUser);
     if (!store.isWritable())
         return false;
-    store.setValue(keyPath(store, subkey, valueName), value);
+    for (const auto& [valueName, value] : values)
+        store.setValue(keyPath(store, subkey, valueName), value);
     store.sync();
     return store.status() == QSettings::NoError;
 }

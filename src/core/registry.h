@@ -3,6 +3,8 @@
 #include <QString>
 
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace core {
 
@@ -18,6 +20,10 @@ bool ReadRegistryString(const QString& subkey, const QString& valueName, QString
 
 bool WriteRegistryString(const QString& subkey, const QString& valueName, const QString& value,
                          bool perUser = true);
+// Several values of one subkey, written to the store at once.
+bool WriteRegistryStrings(const QString& subkey,
+                          const std::vector<std::pair<QString, QString>>& values,
+                          bool perUser = true);
 
 constexpr auto RegistryFolder = "Marrowby\\Quillet";
 

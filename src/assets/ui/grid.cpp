@@ -227,14 +227,14 @@ void TGridForm::DeleteSelectedRecords(db::odbc::Connection& connection) {
 
 void TGridForm::SaveLayout() {
     try {
-        for (int column = 0; column < DBGrid->ColumnCount(); ++column) {
-            const QString value = assets::FormatColumnLayout(DBGrid->ColumnVisible(column),
-                                                             DBGrid->ColumnWidth(column));
-            if (!core::WriteRegistryString(layoutKey(), DBGrid->ColumnFieldName(column), value)) {
-                QApplication::beep();
-                return;
-            }
-        }
+        std::vector<std::pair<QString, QString>> values;
+        for (int column = 0; column < DBGrid->ColumnCount(); ++column)
+            values.emplace_back(DBGrid->ColumnFieldName(column),
+                                assets::FormatColumnLayout(DBGrid->ColumnVisible(column),
+                                                           DBGrid->ColumnWidth(column)));
+        // One write for all columns: the store is written to disk once.
+        if (!values.empty() && !core::WriteRegistryStrings(layoutKey(), values))
+            QApplication::beep();
     } catch (const std::exception&) {
         QApplication::beep();
     }

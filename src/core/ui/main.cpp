@@ -462,6 +462,8 @@ TfmMain::ExecutedQuery TfmMain::prepareQuery(const QString& sqlText) {
 
 void TfmMain::executeQuery(const ExecutedQuery& query) {
     const QString sortText = ViewQuery->sortText();
+    // The result shown is read no further: the connection serves the new statement.
+    closeQuery();
     db::odbc::Statement statement(ASSETS.connection());
     statement.prepare(query.driverText);
     for (size_t i = 0; i < query.parameterValues.size(); ++i)

@@ -14,9 +14,12 @@
 #include <QStringView>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <map>
+#include <thread>
 #include <utility>
 
 namespace db::odbc {
@@ -336,6 +339,13 @@ int OdbcError::nativeError() const {
 // ---------------------------------------------------------------------------------
 // Column types
 
+int ColumnIndex(const std::vector<ColumnInfo>& columns, const QString& name) {
+    for (size_t column = 0; column < columns.size(); ++column)
+        if (columns[column].name.compare(name, Qt::CaseInsensitive) == 0)
+            return int(column);
+    return -1;
+}
+
 ColumnInfo::Kind ColumnInfo::kind() const {
     switch (sqlType) {
     case SQL_INTEGER:
@@ -416,6 +426,11 @@ struct ConnectionState {
     // (SQLite's driver): a fetch is then left to finish its call.
     bool cancelsFromAnotherThread = true;
     QString completedConnectionString;
+    // Calls made on the connection while a result is read in the background. The reader
+    // waits between its blocks while there are any: drivers serialise calls on a
+    // connection, and a reader that fetches without a pause can hold a waiting statement
+    // off until the last row (SQLite's does).
+    std::atomic<int> foregroundCalls{0};
 
     ConnectionState() = default;
     ConnectionState(const ConnectionState&) = delete;
@@ -436,6 +451,18 @@ struct ConnectionState {
 };
 
 namespace {
+
+// Marks a call that a background reader must let through.
+class ForegroundCall {
+public:
+    explicit ForegroundCall(ConnectionState& state) : m_state(state) { ++m_state.foregroundCalls; }
+    ~ForegroundCall() { --m_state.foregroundCalls; }
+    ForegroundCall(const ForegroundCall&) = delete;
+    ForegroundCall& operator=(const ForegroundCall&) = delete;
+
+private:
+    ConnectionState& m_state;
+};
 
 ConnectionState& openState(const std::shared_ptr<ConnectionState>& state, const char* context) {
     if (!state || !state->connected)
@@ -471,6 +498,7 @@ QString currentCatalog(const ConnectionState& state) {
 void endTransaction(const std::shared_ptr<ConnectionState>& pointer, SQLSMALLINT completion,
                     const char* context) {
     ConnectionState& state = openState(pointer, context);
+    const ForegroundCall foreground(state);
     if (!state.inTransaction)
         return;
     check(SQLEndTran(SQL_HANDLE_DBC, state.handle(), completion), SQL_HANDLE_DBC, state.handle(),
@@ -1078,6 +1106,7 @@ Statement::Statement(Statement&&) noexcept = default;
 Statement& Statement::operator=(Statement&&) noexcept = default;
 
 void Statement::prepare(const QString& sql) {
+    const ForegroundCall foreground(*m_impl->connection);
     m_impl->releaseResult();
     m_impl->call(SQLFreeStmt(m_impl->handle(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
     m_impl->parameters.clear();
@@ -1202,11 +1231,13 @@ void Statement::bindNull(int index) {
 }
 
 void Statement::execute() {
+    const ForegroundCall foreground(*m_impl->connection);
     m_impl->releaseResult();
     m_impl->afterExecute(m_impl->call(SQLExecute(m_impl->handle()), "SQLExecute"));
 }
 
 void Statement::executeDirect(const QString& sql) {
+    const ForegroundCall foreground(*m_impl->connection);
     m_impl->releaseResult();
     if (m_impl->connection->narrowTextIsUtf8) {
         QByteArray text = sql.toUtf8();
@@ -1241,10 +1272,13 @@ void Statement::setBlockSize(int rows) {
 }
 
 bool Statement::fetchBlock(std::vector<Row>& rows) {
+    const ForegroundCall foreground(*m_impl->connection);
     return m_impl->fetchBlock(rows);
 }
 
 bool Statement::fetchBlock(RowSink& sink) {
+    while (m_impl->connection->foregroundCalls.load() > 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     return m_impl->fetchBlock(sink);
 }
 

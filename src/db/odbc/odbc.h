@@ -66,6 +66,9 @@ struct ColumnInfo {
     Kind kind() const;
 };
 
+// The index of the column of that name, ignoring case; -1 when there is none.
+int ColumnIndex(const std::vector<ColumnInfo>& columns, const QString& name);
+
 // One value per column; a null QByteArray is SQL NULL, an empty non-null one is ''.
 // Text comes as UTF-8, binary columns as their raw bytes.
 using Row = std::vector<QByteArray>;
