@@ -4,18 +4,17 @@
 
 #include "assets/resulttablemodel.h"
 #include "assets/ui/assettype.h"
-#include "assets/ui/deleteform.h"
 #include "assets/ui/dbgridrange.h"
+#include "assets/ui/deleteform.h"
 #include "assets/ui/grid.h"
 #include "assets/ui/typelistdlg.h"
 #include "core/commands.h"
 #include "core/ui/messages.h"
+#include "support/queryrows.h"
 #include "support/testsupport.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
-#include <QGroupBox>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -26,8 +25,9 @@
 #include <functional>
 #include <memory>
 
-using testsupport::TestDatabase;
+using testsupport::AddDatabaseRow;
 using testsupport::PrintedBy;
+using testsupport::TestDatabase;
 
 namespace {
 
@@ -60,32 +60,15 @@ private:
     QString m_error;
 };
 
-// The rows of a query, values joined by "," and rows by ";".
-QString rowsText(db::odbc::Connection& connection, const QString& sql) {
-    db::odbc::Statement statement(connection);
-    statement.executeDirect(sql);
-    std::vector<db::odbc::Row> rows;
-    while (statement.fetchBlock(rows)) {
-    }
-    QStringList lines;
-    for (const db::odbc::Row& row : rows) {
-        QStringList values;
-        for (const QByteArray& value : row)
-            values << QString::fromUtf8(value);
-        lines << values.join(QLatin1Char(','));
-    }
-    return lines.join(QLatin1Char(';'));
-}
-
 QString typesText(db::odbc::Connection& connection) {
-    return rowsText(connection,
-                    QStringLiteral("select ASSETTYPE, NODEREQUIRED, SHOW_GENERAL_TAB, "
+    return testsupport::RowsText(
+        connection, QStringLiteral("select ASSETTYPE, NODEREQUIRED, SHOW_GENERAL_TAB, "
                                    "SHOW_PURCHASE_TAB, SHOW_WARRANTY_TAB, SHOW_USEREXT_TAB "
                                    "from ASSETTYPES order by ASSETTYPE"));
 }
 
 QString assetIds(db::odbc::Connection& connection) {
-    return rowsText(connection, QStringLiteral("select ID from ASSETS order by ID"));
+    return testsupport::RowsText(connection, QStringLiteral("select ID from ASSETS order by ID"));
 }
 
 const QString SeededTypes =
@@ -144,29 +127,9 @@ private Q_SLOTS:
 
     void cleanup() { m_connection.close(); }
 
-    void dialogsNameTheirControls() {
-        connect(testsupport::TestDatabases().front());
-        MainWindow mainWindow(m_connection);
-        ui::TAssetTypeListForm list(m_connection, mainWindow);
-        ui::TAssetTypeForm type(m_connection);
+    // Letters without Alt, with or without Shift, trigger nothing in the removal dialog.
+    void removalDialogIgnoresPlainLetters() {
         ui::TDelForm remove;
-        const std::pair<QWidget*, QStringList> dialogs[] = {
-            {&list,
-             {"Label1", "TypeList", "BtnOk", "BtnCancel", "GroupBox1", "BitBtn4", "BitBtn5",
-              "BitBtn6"}},
-            {&type,
-             {"Label1", "DB_Name", "DB_Node", "DB_GeneralTab", "DB_Purchase", "DB_Warranty",
-              "DB_User", "Label2", "BtnOk", "BtnCancel"}},
-            {&remove, {"Label1", "GroupBox1", "RB_Sel", "RB_All", "BtnOk", "BtnCancel"}}};
-        for (const auto& [dialog, names] : dialogs) {
-            for (const QString& name : names)
-                QVERIFY2(dialog->findChild<QWidget*>(name), qPrintable(name));
-        }
-        QCOMPARE(list.objectName() + type.objectName() + remove.objectName(),
-                 QStringLiteral("AssetTypeListFormAssetTypeFormDelForm"));
-        QCOMPARE(remove.size(), QSize(292, 168));
-
-        // Letters without Alt, with or without Shift, trigger nothing.
         remove.show();
         for (const char key : {'a', 'r', 'c', 's'}) {
             QTest::keyClick(&remove, key);
@@ -273,27 +236,22 @@ private Q_SLOTS:
         QTest::addColumn<QString>("printed"); // the start of what the boxes print
         QTest::addColumn<int>("result");      // -1: the form stays open
         QTest::addColumn<QString>("stored");
-        for (const TestDatabase& database : testsupport::TestDatabases()) {
-            const auto row = [&](const char* name, auto... values) {
-                testsupport::AddRow(qPrintable(database.label + ": " + name), database, values...);
-            };
-            row("new type", "", "Scanner", QStringList{"DB_Warranty"}, true, "11111", "", 1,
-                SeededTypes + ";Scanner,True,True,True,False,True");
-            row("new type, cancelled", "", "Scanner", QStringList{}, false, "11111", "", 0,
-                SeededTypes);
-            row("new type without a name", "", "", QStringList{}, true, "11111",
-                "test_assettypes_removal: Asset Type cannot be empty", -1, SeededTypes);
-            row("new type with a taken name", "", "PC", QStringList{}, true, "11111", "Error: ", -1,
-                SeededTypes);
-            row("edited type", "PC", "", QStringList{"DB_Node", "DB_User"}, true, "11010", "", 1,
-                "O'Brien,True,True,True,True,True;PC,False,True,False,True,True;Printer,False,"
-                "True,True,True,True");
-            row("renamed type", "Printer", "s", QStringList{}, true, "01111", "", 1,
-                "O'Brien,True,True,True,True,True;PC,True,True,False,True,False;Printers,False,"
-                "True,True,True,True");
-            row("edited type, cancelled", "PC", "x", QStringList{"DB_Node"}, false, "11010", "", 0,
-                SeededTypes);
-        }
+        AddDatabaseRow("new type", "", "Scanner", QStringList{"DB_Warranty"}, true, "11111", "", 1,
+                       SeededTypes + ";Scanner,True,True,True,False,True");
+        AddDatabaseRow("new type without a name", "", "", QStringList{}, true, "11111",
+                       "test_assettypes_removal: Asset Type cannot be empty", -1, SeededTypes);
+        AddDatabaseRow("new type with a taken name", "", "PC", QStringList{}, true, "11111",
+                       "Error: ", -1, SeededTypes);
+        AddDatabaseRow(
+            "edited type", "PC", "", QStringList{"DB_Node", "DB_User"}, true, "11010", "", 1,
+            "O'Brien,True,True,True,True,True;PC,False,True,False,True,True;Printer,False,"
+            "True,True,True,True");
+        AddDatabaseRow(
+            "renamed type", "Printer", "s", QStringList{}, true, "01111", "", 1,
+            "O'Brien,True,True,True,True,True;PC,True,True,False,True,False;Printers,False,"
+            "True,True,True,True");
+        AddDatabaseRow("edited type, cancelled", "PC", "x", QStringList{"DB_Node"}, false, "11010",
+                       "", 0, SeededTypes);
     }
     void typeForm() {
         QFETCH(TestDatabase, database);
@@ -358,22 +316,19 @@ private Q_SLOTS:
         QTest::addColumn<QString>("ids");
         QTest::addColumn<QString>("types");
         const QString committed = ";99";
-        for (const TestDatabase& database : testsupport::TestDatabases()) {
-            const auto row = [&](const char* name, auto... values) {
-                testsupport::AddRow(qPrintable(database.label + ": " + name), database, values...);
-            };
-            row("with assets", "PC", Answers{Yes},
-                "Warning: 2 Asset(s) deleted.\rSelect Execute SQL from the Query Menu to display "
-                "changes.\n",
-                QStringList{"10101 3 record(s) deleted."}, "12;20;31;99", "O'Brien;Printer");
-            row("without assets", "Printer", Answers{Yes}, "",
-                QStringList{"10101 1 record(s) deleted."}, SeededIds + committed, "O'Brien;PC");
-            row("quote in the name", "O'Brien", Answers{Yes},
-                "Assets Deletion Error: ", QStringList{}, SeededIds + committed,
-                "O'Brien;PC;Printer");
-            row("answered No", "PC", Answers{No}, "", QStringList{}, SeededIds + committed,
-                "O'Brien;PC;Printer");
-        }
+        AddDatabaseRow(
+            "with assets", "PC", Answers{Yes},
+            "Warning: 2 Asset(s) deleted.\rSelect Execute SQL from the Query Menu to display "
+            "changes.\n",
+            QStringList{"10101 3 record(s) deleted."}, "12;20;31;99", "O'Brien;Printer");
+        AddDatabaseRow("without assets", "Printer", Answers{Yes}, "",
+                       QStringList{"10101 1 record(s) deleted."}, SeededIds + committed,
+                       "O'Brien;PC");
+        AddDatabaseRow("quote in the name", "O'Brien", Answers{Yes},
+                       "Assets Deletion Error: ", QStringList{}, SeededIds + committed,
+                       "O'Brien;PC;Printer");
+        AddDatabaseRow("answered No", "PC", Answers{No}, "", QStringList{}, SeededIds + committed,
+                       "O'Brien;PC;Printer");
     }
     void deleteType() {
         QFETCH(TestDatabase, database);
@@ -406,8 +361,9 @@ private Q_SLOTS:
         else
             m_connection.commit();
         QCOMPARE(assetIds(m_connection), ids);
-        QCOMPARE(rowsText(m_connection,
-                          QStringLiteral("select ASSETTYPE from ASSETTYPES order by ASSETTYPE")),
+        QCOMPARE(testsupport::RowsText(
+                     m_connection,
+                     QStringLiteral("select ASSETTYPE from ASSETTYPES order by ASSETTYPE")),
                  types);
         QCOMPARE(names->count(), int(types.count(QLatin1Char(';')) + 1));
     }
@@ -426,26 +382,24 @@ private Q_SLOTS:
         QTest::addColumn<QString>("ids");
         const QString idAndName = "select ID, NAME from ASSETS order by ID";
         const QString untouched = "delete from ASSETS";
-        for (const TestDatabase& database : testsupport::TestDatabases()) {
-            const auto row = [&](const char* name, auto... values) {
-                testsupport::AddRow(qPrintable(database.label + ": " + name), database, values...);
-            };
-            row("a range", idAndName, QStringList{"press 0", "shift 2"}, false, Answers{}, "",
-                "delete from ASSETS where ID in (4, 9, 12)",
-                QStringList{"10102 1", "10101 3 record(s) have been deleted"}, "20;31");
-            row("in the order of selection", idAndName, QStringList{"ctrl 3", "ctrl 0", "ctrl 1"},
-                false, Answers{}, "", "delete from ASSETS where ID in (20, 4, 9)",
-                QStringList{"10102 1", "10101 3 record(s) have been deleted"}, "12;31");
-            row("all rows of a subset", QString("select ID, NAME from ASSETS where ID > 10"),
-                QStringList{"press 0"}, true, Answers{}, "", untouched,
-                QStringList{"10102 1", "10101 5 record(s) have been deleted"}, "");
-            row("nothing selected", idAndName, QStringList{}, false, Answers{},
-                "Error: No records have been selected\n", untouched, QStringList{}, SeededIds);
-            row("no ID field", QString("select NAME from ASSETS"), QStringList{}, true, Answers{},
-                "Error: ID field is not defined.\n", untouched, QStringList{}, SeededIds);
-            row("answered No", idAndName, QStringList{"press 0"}, false, Answers{No}, "", untouched,
-                QStringList{}, SeededIds);
-        }
+        AddDatabaseRow("a range", idAndName, QStringList{"press 0", "shift 2"}, false, Answers{},
+                       "", "delete from ASSETS where ID in (4, 9, 12)",
+                       QStringList{"10102 1", "10101 3 record(s) have been deleted"}, "20;31");
+        AddDatabaseRow("in the order of selection", idAndName,
+                       QStringList{"ctrl 3", "ctrl 0", "ctrl 1"}, false, Answers{}, "",
+                       "delete from ASSETS where ID in (20, 4, 9)",
+                       QStringList{"10102 1", "10101 3 record(s) have been deleted"}, "12;31");
+        AddDatabaseRow("all rows of a subset", QString("select ID, NAME from ASSETS where ID > 10"),
+                       QStringList{"press 0"}, true, Answers{}, "", untouched,
+                       QStringList{"10102 1", "10101 5 record(s) have been deleted"}, "");
+        AddDatabaseRow("nothing selected", idAndName, QStringList{}, false, Answers{},
+                       "Error: No records have been selected\n", untouched, QStringList{},
+                       SeededIds);
+        AddDatabaseRow("no ID field", QString("select NAME from ASSETS"), QStringList{}, true,
+                       Answers{}, "Error: ID field is not defined.\n", untouched, QStringList{},
+                       SeededIds);
+        AddDatabaseRow("answered No", idAndName, QStringList{"press 0"}, false, Answers{No}, "",
+                       untouched, QStringList{}, SeededIds);
     }
     void removal() {
         QFETCH(TestDatabase, database);

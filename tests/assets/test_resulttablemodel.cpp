@@ -192,23 +192,26 @@ private Q_SLOTS:
     void showsNullsTextsNumbersAndBinary() {
         FIXTURE_OF_ROW_DATABASE();
         const QString table =
-            f.table(QStringLiteral("ID INTEGER, T VARCHAR(100), B %1, N DOUBLE PRECISION, D DATE")
-                        .arg(database.binaryType()),
-                    {{"1", "NULL", "NULL", "NULL", "NULL"},
-                     {"2", "''", database.binaryLiteral("\x01"), "0", "'2024-02-29'"}});
+            f.table(QStringLiteral("ID INTEGER, T VARCHAR(100), B %1, N DOUBLE PRECISION, D DATE, "
+                                   "TS %2, X DECIMAL(10,2)")
+                        .arg(database.binaryType(), database.timestampType()),
+                    {{"1", "NULL", "NULL", "NULL", "NULL", "NULL", "NULL"},
+                     {"2", "''", database.binaryLiteral("\x01"), "11890", "'2024-02-29'",
+                      "'2024-02-29 13:45:06'", "11890.5"}});
         // As a parameter: SQLite's driver garbles characters beyond the BMP in statement text.
         const QString text = QStringLiteral("Grüße 😀 ünïcödé ‘quoted’");
         const QByteArray bytes("\x00\xff\x10", 3);
         Statement insert(f.connection);
-        insert.prepare(QStringLiteral("insert into %1 values (3, ?, %2, -1.5, '1999-12-31')")
+        insert.prepare(QStringLiteral("insert into %1 values (3, ?, %2, -1.5, '1999-12-31', "
+                                      "'1999-12-31 00:00:00', -3)")
                            .arg(table, database.binaryLiteral(bytes)));
         insert.bindText(1, text);
         insert.execute();
-        f.open(QStringLiteral("select ID, T, B, N, D from %1 order by ID").arg(table));
+        f.open(QStringLiteral("select ID, T, B, N, D, TS, X from %1 order by ID").arg(table));
         QCOMPARE(f.model.rowCount(), 3);
         const int raw = ResultTableModel::RawValueRole;
         // NULL shows nothing; '' is an empty text.
-        for (int column = 1; column < 5; ++column) {
+        for (int column = 1; column < 7; ++column) {
             QVERIFY(f.model.isNull(0, column));
             QVERIFY(!f.model.data(f.model.index(0, column)).isValid());
             QVERIFY(f.model.data(f.model.index(0, column), raw).toByteArray().isNull());
@@ -226,14 +229,30 @@ private Q_SLOTS:
         QVERIFY2(tip.startsWith(QStringLiteral("00 ff 10")) && tip.contains("3 bytes"),
                  qPrintable(tip));
         QVERIFY(!f.model.data(f.model.index(2, 1), Qt::ToolTipRole).isValid());
-        // Numbers and dates as the user reads them; numbers aligned right.
-        QCOMPARE(f.display(2, 3).toDouble(), -1.5);
-        QCOMPARE(f.display(1, 4), core::DateToStr(QDate(2024, 2, 29)));
+        // Numbers as numbers, aligned right; SQLite's driver reports no decimal digits.
+        QCOMPARE(f.display(1, 3), QStringLiteral("11890"));
+        QCOMPARE(f.display(2, 3), QStringLiteral("-1.5"));
+        const bool digits = !database.is("sqlite");
+        QCOMPARE(f.display(1, 6), digits ? QStringLiteral("11890.50") : QStringLiteral("11890.5"));
+        QCOMPARE(f.display(2, 6), digits ? QStringLiteral("-3.00") : QStringLiteral("-3"));
         const QVariant right = int(Qt::AlignRight | Qt::AlignVCenter);
         for (int column = 0; column < 5; ++column)
             QCOMPARE(f.model.data(f.model.index(2, column), Qt::TextAlignmentRole),
                      column == 0 || column == 3 ? right : QVariant());
         QCOMPARE(f.model.headerData(1, Qt::Vertical).toInt(), 2);
+        // Dates in the short date format in force, times where there are any.
+        const QString formats[][4] = {
+            {"dd.mm.yyyy", "29.02.2024", "29.02.2024 13:45:06", "31.12.1999"},
+            {"yyyy/mm/dd", "2024/02/29", "2024/02/29 13:45:06", "1999/12/31"},
+            {"d mmm yyyy", "29 Feb 2024", "29 Feb 2024 13:45:06", "31 Dec 1999"}};
+        for (const auto& [format, date, stamp, midnight] : formats) {
+            core::ApplyDateFormat(format, QLocale::c());
+            f.model.refreshDisplay();
+            QCOMPARE(f.display(1, 4), date);
+            QCOMPARE(f.display(1, 5), stamp);
+            QCOMPARE(f.display(2, 5), midnight);
+        }
+        core::ApplyDateFormat(QString());
     }
 
     // SQLite keeps what it is given, whatever the declared size; such values are read

@@ -23,6 +23,13 @@ template <typename... Values> void AddRow(const char* name, const Values&... val
     (QTest::newRow(name) << ... << values);
 }
 
+struct TestDatabase;
+std::vector<TestDatabase> TestDatabases();
+
+// One row per test database, "<label>: <name>", with the database first; skip the
+// unavailable ones with QUILLET_REQUIRE_DATABASE.
+template <typename... Values> void AddDatabaseRow(const char* name, const Values&... values);
+
 // Points the settings store (QSettings, "Marrowby"/"Quillet", user scope) at a fresh
 // temporary folder kept for the rest of the process, via XDG_CONFIG_HOME and QSettings'
 // own user paths. Returns the folder. Call it before the code under test reads settings.
@@ -51,6 +58,7 @@ struct TestDatabase {
     QString connectionString() const;
     // What differs between the databases in table definitions and literals.
     QString longTextType() const { return is("mariadb") ? "LONGTEXT" : "TEXT"; }
+    QString timestampType() const { return is("mariadb") ? "DATETIME" : "TIMESTAMP"; }
     QString binaryType(bool isLong = false) const;
     QString binaryLiteral(const QByteArray& bytes) const;
     // After the columns of CREATE TABLE: MariaDB's default character set is not UTF-8.
@@ -87,6 +95,12 @@ QString PrintedBy(const std::function<void()>& action);
 // A table name no other test process uses at the same time: "q<stem>_<pid>_<n>",
 // lower case so that every database keeps it as written.
 QString UniqueTableName(const QString& stem);
+
+template <typename... Values> void AddDatabaseRow(const char* name, const Values&... values) {
+    for (const TestDatabase& database : TestDatabases())
+        AddRow(qPrintable(database.label + QStringLiteral(": ") + QLatin1String(name)), database,
+               values...);
+}
 
 } // namespace testsupport
 
