@@ -16,6 +16,13 @@ namespace schema {
 // the working directory.
 QString DefaultTableDefinitionPath();
 
+// Real table definition files hold a few kilobytes; a larger file is refused before any work.
+inline constexpr qint64 MaxTableDefinitionFileSize = 1024 * 1024;
+
+// A count ("FieldTypes", "Tables", "Queries", "Columns", "Rows") above the number of lines of
+// the file asks for more keys or sections than the file can hold: the file is refused with
+// IniFileError before any work, since its counts would only drive empty loops.
+
 // The type map of one pass: for i = 1 .. "FieldTypes" of the pass section, the generic name
 // "Type<i>" of the pass section and its native text from the dialect section; pairs with an
 // empty half are left out.
@@ -38,6 +45,7 @@ struct SchemaWorkItem {
 // Reads the work of both passes (the "Default" section, then the dialect's section) from the
 // file, without touching a database: the log entries of the passes, of tables without columns
 // and of empty statement sections, the tables to verify or create, and the statements to run.
+// Throws IniFileError for a count the file cannot hold.
 std::vector<SchemaWorkItem> ReadSchemaWork(const IniFile& file, db::DatabaseDialect dialect);
 
 } // namespace schema

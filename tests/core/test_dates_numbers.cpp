@@ -30,6 +30,10 @@ private Q_SLOTS:
         AddRow("inner blank", "en_US", "1 2", false, 0LL);
         AddRow("empty", "en_US", "", false, 0LL);
         AddRow("hexadecimal", "en_US", "0x1F", false, 0LL);
+        // Minus signs that carry a direction mark, as these locales write them.
+        AddRow("Arabic minus", "ar_EG", "\u061C-\u0665", true, -5LL);
+        AddRow("Persian minus", "fa_IR", "\u200E\u2212\u06F1\u06F2", true, -12LL);
+        AddRow("Hebrew minus", "he_IL", "\u200E-7", true, -7LL);
     }
 
     void integers() {
@@ -78,6 +82,9 @@ private Q_SLOTS:
         AddRow("not a number", "en_US", "nan", false, 0.0);
         AddRow("infinity", "en_US", "inf", false, 0.0);
         AddRow("overflow", "en_US", "1e999", false, 0.0);
+        AddRow("Arabic minus and exponent", "ar_EG",
+               "\u061C-\u0661\u066B\u0665\u0627\u0633\u061C-\u0660\u0667", true, -1.5e-7);
+        AddRow("exponent \u00D710^", "et_EE", "1,5\u00D710^\u22127", true, 1.5e-7);
     }
 
     void floats() {
@@ -99,6 +106,22 @@ private Q_SLOTS:
         } catch (const core::ConversionError& error) {
             QCOMPARE(error.message(),
                      QStringLiteral("'%1' is not a valid floating point value").arg(text));
+        }
+    }
+
+    // Every locale the toolkit has reads back the numbers it writes (without group
+    // separators, which the conversions refuse).
+    void everyLocaleReadsItsOwnNumbers() {
+        const qint64 integers[] = {-5, 0, std::numeric_limits<qint64>::min(),
+                                   std::numeric_limits<qint64>::max()};
+        const double numbers[] = {-1.5e-7, 0.25, -9.87654321e300, 5e-324};
+        for (QLocale locale : QLocale::matchingLocales(QLocale::AnyLanguage, QLocale::AnyScript,
+                                                       QLocale::AnyTerritory)) {
+            locale.setNumberOptions(QLocale::OmitGroupSeparator);
+            for (const qint64 integer : integers)
+                QCOMPARE(core::TryStrToInt64(locale.toString(integer), locale), integer);
+            for (const double number : numbers)
+                QCOMPARE(core::TryStrToFloat(locale.toString(number, 'g', 17), locale), number);
         }
     }
 

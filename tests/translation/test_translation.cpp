@@ -206,6 +206,8 @@ private Q_SLOTS:
                "Impossible\nd'ouvrir");
         AddRow("control characters and backslashes", "\a\b\f\n\r\t\v", "\\\\server\\share\\");
         AddRow("empty and Japanese", "", "\xE3\x81\xAF\xE3\x81\x84");
+        const QString byteOrderMark(QChar(0xFEFF));
+        AddRow("leading byte-order mark is text", byteOrderMark + "x", byteOrderMark);
     }
 
     void formatRoundTrip() {
