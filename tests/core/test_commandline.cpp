@@ -46,148 +46,65 @@ private Q_SLOTS:
                  QStringLiteral(R"("/usr/bin/quillet" "ODBC=My DSN" "/NOGUI")"));
     }
 
-    void textValues_data() {
+    // What a command line sets: "name=value" for each value that differs from its default,
+    // and the flags, in a fixed order.
+    void values_data() {
         QTest::addColumn<QString>("raw");
-        QTest::addColumn<QString>("dsn");
-        QTest::addColumn<QString>("sql");
-        QTest::addColumn<QString>("user");
-        QTest::addColumn<QString>("password");
-        QTest::addColumn<QString>("databaseType");
-
-        QTest::newRow("quoted arguments")
-            << R"("q" "ODBC=Assets" "SQL=select * from ASSETS" "USER=Ann" "PWD=s3;cret" "DBTYPE=oracle9")"
-            << "Assets"
-            << "select * from ASSETS"
-            << "Ann"
-            << "s3;cret"
-            << "oracle9";
-        QTest::newRow("unquoted arguments run together") << "q ODBC=a SQL=b"
-                                                         << "a SQL=b"
-                                                         << "a SQL=b"
-                                                         << ""
-                                                         << ""
-                                                         << "";
-        QTest::newRow("keyword in lower case, value case kept") << R"("q" "odbc=MyName")"
-                                                                << "MyName"
-                                                                << ""
-                                                                << ""
-                                                                << ""
-                                                                << "";
-        QTest::newRow("MSSQL= matches SQL=") << R"("q" "MSSQL=x")"
-                                             << ""
-                                             << "x"
-                                             << ""
-                                             << ""
-                                             << "";
-        QTest::newRow("later pieces win") << R"("q" "ODBC=a" "ODBC=b")"
-                                          << "b"
-                                          << ""
-                                          << ""
-                                          << ""
-                                          << "";
-        QTest::newRow("keyword anywhere in the piece") << R"("q" "my ODBC=x")"
-                                                       << "x"
-                                                       << ""
-                                                       << ""
-                                                       << ""
-                                                       << "";
-        QTest::newRow("value after the first equals sign")
-            << R"("q" "SQL=select * from T where A='=' ")"
-            << ""
-            << "select * from T where A='=' "
-            << ""
-            << ""
-            << "";
-        QTest::newRow("a piece matching two keywords") << R"("q" "USER=ODBC=x")"
-                                                       << "ODBC=x"
-                                                       << ""
-                                                       << "ODBC=x"
-                                                       << ""
-                                                       << "";
-        QTest::newRow("empty values") << R"("q" "ODBC=" "USER=" "PWD=")"
-                                      << ""
-                                      << ""
-                                      << ""
-                                      << ""
-                                      << "";
-        QTest::newRow("a quote inside a value cuts it") << R"("q" "SQL=select "x" from T")"
-                                                        << ""
-                                                        << "select "
-                                                        << ""
-                                                        << ""
-                                                        << "";
-        QTest::newRow("report and template change nothing")
-            << R"("q" "REPORT=r.htm" "TEMPLATE=t.htm")"
-            << ""
-            << ""
-            << ""
-            << ""
-            << "";
+        QTest::addColumn<QString>("set");
+        const auto row = [](const char* name, const char* raw, const char* set) {
+            QTest::newRow(name) << QString::fromUtf8(raw) << QString::fromUtf8(set);
+        };
+        row("quoted arguments",
+            R"("q" "ODBC=Assets" "SQL=select * from ASSETS" "USER=Ann" "PWD=s3;cret" "DBTYPE=o9")",
+            "dsn=Assets | sql=select * from ASSETS | user=Ann | pwd=s3;cret | dbtype=o9");
+        row("unquoted arguments run together", "q ODBC=a SQL=b", "dsn=a SQL=b | sql=a SQL=b");
+        row("keyword in lower case, value case kept", R"("q" "odbc=MyName")", "dsn=MyName");
+        row("MSSQL= matches SQL=", R"("q" "MSSQL=x")", "sql=x");
+        row("later pieces win", R"("q" "ODBC=a" "ODBC=b")", "dsn=b");
+        row("keyword anywhere in the piece", R"("q" "my ODBC=x")", "dsn=x");
+        row("value after the first equals sign", R"("q" "SQL=select * from T where A='=' ")",
+            "sql=select * from T where A='=' ");
+        row("a piece matching two keywords", R"("q" "USER=ODBC=x")", "dsn=ODBC=x | user=ODBC=x");
+        row("empty values", R"("q" "ODBC=" "USER=" "PWD=")", "");
+        row("a quote inside a value cuts it", R"("q" "SQL=select "x" from T")", "sql=select ");
+        row("report and template change nothing", R"("q" "REPORT=r.htm" "TEMPLATE=t.htm")", "");
+        row("nogui and create", R"("q" "/nogui" "/CREATE")", "nogui | create");
+        row("create with a file", R"("q" "CREATE=schema.def")", "create | tabledef=schema.def");
+        row("type import", R"("q" "TYPES=types.aty" "DELIM=||" "STARTROW=12abc")",
+            "types=types.aty | delim=|| | startrow=12");
+        row("start row without digits", R"("q" "STARTROW=abc")", "startrow=0");
+        row("start row beyond int", R"("q" "STARTROW=99999999999")", "startrow=2147483647");
+        row("title and log only when given", R"("q" "TITLE=Stores" "LOG=/tmp/run.log" "TITLE=")",
+            "title= | log=/tmp/run.log");
     }
 
-    void textValues() {
+    void values() {
         QFETCH(QString, raw);
-        const CommandLineValues values = parse(raw);
-        QTEST(values.dataSourceName, "dsn");
-        QTEST(values.sqlText, "sql");
-        QTEST(values.userName, "user");
-        QTEST(values.password, "password");
-        QTEST(values.databaseType, "databaseType");
-    }
-
-    void flagsAndStartupValues_data() {
-        QTest::addColumn<QString>("raw");
-        QTest::addColumn<bool>("noGui");
-        QTest::addColumn<bool>("create");
-        QTest::addColumn<QString>("tableDefinition");
-        QTest::addColumn<QString>("types");
-        QTest::addColumn<QString>("delimiter");
-        QTest::addColumn<int>("startRow");
-
-        QTest::newRow("defaults") << R"("q")" << false << false << "table.def"
-                                  << ""
-                                  << ";" << 1;
-        QTest::newRow("nogui and create")
-            << R"("q" "/nogui" "/CREATE")" << true << true << "table.def"
-            << ""
-            << ";" << 1;
-        QTest::newRow("create with a file")
-            << R"("q" "CREATE=schema.def")" << false << true << "schema.def"
-            << ""
-            << ";" << 1;
-        QTest::newRow("type import") << R"("q" "TYPES=types.aty" "DELIM=||" "STARTROW=12abc")"
-                                     << false << false << "table.def"
-                                     << "types.aty"
-                                     << "||" << 12;
-        QTest::newRow("start row without digits")
-            << R"("q" "STARTROW=abc")" << false << false << "table.def"
-            << ""
-            << ";" << 0;
-        QTest::newRow("start row beyond int")
-            << R"("q" "STARTROW=99999999999")" << false << false << "table.def"
-            << ""
-            << ";" << 2147483647;
-    }
-
-    void flagsAndStartupValues() {
-        QFETCH(QString, raw);
-        const CommandLineValues values = parse(raw);
-        QTEST(values.noGui, "noGui");
-        QTEST(values.create, "create");
-        QTEST(values.tableDefinitionPath, "tableDefinition");
-        QTEST(values.assetTypeFile, "types");
-        QTEST(values.delimiter, "delimiter");
-        QTEST(values.startRow, "startRow");
-    }
-
-    void titleAndLogAreSetOnlyWhenGiven() {
-        const CommandLineValues none = parse(QStringLiteral(R"("q" "ODBC=x")"));
-        QVERIFY(!none.title);
-        QVERIFY(!none.logFilePath);
-        const CommandLineValues both =
-            parse(QStringLiteral(R"("q" "TITLE=Stores" "LOG=/tmp/run.log" "TITLE=")"));
-        QCOMPARE(both.title, QString());
-        QCOMPARE(both.logFilePath, QStringLiteral("/tmp/run.log"));
+        const CommandLineValues v = parse(raw);
+        const CommandLineValues initial;
+        QStringList set;
+        const auto add = [&set](const char* name, const QString& value, const QString& init) {
+            if (value != init)
+                set << QLatin1String(name) + QLatin1Char('=') + value;
+        };
+        add("dsn", v.dataSourceName, initial.dataSourceName);
+        add("sql", v.sqlText, initial.sqlText);
+        add("user", v.userName, initial.userName);
+        add("pwd", v.password, initial.password);
+        add("dbtype", v.databaseType, initial.databaseType);
+        if (v.title)
+            set << QStringLiteral("title=") + *v.title;
+        if (v.logFilePath)
+            set << QStringLiteral("log=") + *v.logFilePath;
+        if (v.noGui)
+            set << QStringLiteral("nogui");
+        if (v.create)
+            set << QStringLiteral("create");
+        add("tabledef", v.tableDefinitionPath, initial.tableDefinitionPath);
+        add("types", v.assetTypeFile, initial.assetTypeFile);
+        add("delim", v.delimiter, initial.delimiter);
+        add("startrow", QString::number(v.startRow), QString::number(initial.startRow));
+        QTEST(set.join(QLatin1String(" | ")), "set");
     }
 
     void sqlFromFile_data() {
