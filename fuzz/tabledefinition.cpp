@@ -1,8 +1,8 @@
 // The table definition file: the INI reading and the schema work of both passes.
 //
 // Properties: IniFileError is the only exception, and it comes exactly when a count is above
-// the number of lines of the file; the work read equals a literal reading of the rules (each
-// count looped over key by key); names and values are trimmed and hold no line end.
+// the number of section headers and keys of the file; the work read equals a literal reading of the
+// rules (each count looped over key by key); names and values are trimmed and hold no line end.
 
 #include "schema/tabledefinition.h"
 #include "fuzzsupport.h"
@@ -24,7 +24,7 @@ std::vector<SchemaWorkItem> reference(const IniFile& file, db::DatabaseDialect d
     const QString passes[] = {QStringLiteral("Default"), db::DialectSectionName(dialect)};
     auto count = [&](const QString& section, const char* key) {
         const int n = file.readInteger(section, QLatin1String(key));
-        absurd = absurd || n > file.lineCount();
+        absurd = absurd || n > file.entryCount();
         return n;
     };
     auto log = [&work](const QString& text) {
@@ -118,7 +118,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         }
     }
     // The literal reading loops over every count: kept to files whose counts stay small.
-    if (file.lineCount() > 200)
+    if (file.entryCount() > 200)
         return 0;
     bool absurd = false;
     const std::vector<SchemaWorkItem> expected = reference(file, dialect, absurd);

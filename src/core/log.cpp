@@ -118,7 +118,7 @@ void LogLine(const char* message) {
     }
     const qint64 end = file.size();
     const QByteArray entries = log.pending.join();
-    if (!file.seek(end) || file.write(entries) != entries.size()) {
+    if ((!file.isSequential() && !file.seek(end)) || file.write(entries) != entries.size()) {
         const QString reason = file.errorString();
         file.resize(end); // no cut-off entry stays behind to be written twice
         reportFailure(QStringLiteral("Cannot write to file \"%1\". %2").arg(log.path, reason));

@@ -95,7 +95,6 @@ IniFile IniFile::fromBytes(const QByteArray& bytes) {
             ++end;
         const QString line = text.mid(start, end - start).trimmed();
         start = end + 1;
-        ++ini.m_lineCount;
 
         if (line.isEmpty() || line.startsWith(QLatin1Char(';')))
             continue;
@@ -106,6 +105,7 @@ IniFile IniFile::fromBytes(const QByteArray& bytes) {
             current = foldName(line.mid(1, close - 1).trimmed());
             inSection = true;
             ini.m_sections[current];
+            ++ini.m_entryCount;
             continue;
         }
         if (!inSection)
@@ -116,6 +116,7 @@ IniFile IniFile::fromBytes(const QByteArray& bytes) {
         const QString key = line.left(equals).trimmed();
         if (key.isEmpty())
             continue;
+        ++ini.m_entryCount;
         Section& section = ini.m_sections[current];
         const QString folded = foldName(key);
         if (!section.contains(folded))

@@ -38,9 +38,9 @@ public:
     static IniFile fromBytes(const QByteArray& bytes);
 
     bool isEmpty() const { return m_sections.isEmpty(); }
-    // The lines of the text read: no section holds more keys than this, and no file more
-    // sections.
-    qsizetype lineCount() const { return m_lineCount; }
+    // The section headers and keys read (blank lines and comments do not count): no section
+    // holds more keys than this, and no file more sections.
+    qsizetype entryCount() const { return m_entryCount; }
     bool hasSection(const QString& section) const;
 
     // The trimmed value, or defaultValue when the section or key is missing.
@@ -61,7 +61,7 @@ public:
 private:
     using Section = QHash<QString, QString>;
     QHash<QString, Section> m_sections;
-    qsizetype m_lineCount = 0;
+    qsizetype m_entryCount = 0;
 };
 
 // The decimal reading rule of IniFile::readInteger, on its own.

@@ -11,13 +11,13 @@ QString numbered(const char* prefix, int n) {
 // A count of the file; one larger than the file can hold is refused (see the header).
 int readCount(const IniFile& file, const QString& section, const char* key) {
     const int count = file.readInteger(section, QLatin1String(key));
-    if (count > file.lineCount())
-        throw IniFileError(QStringLiteral("\"%1=%2\" in section [%3] asks for more than the %4 "
-                                          "lines of the table definition file can hold.")
+    if (count > file.entryCount())
+        throw IniFileError(QStringLiteral("\"%1=%2\" in section [%3] is more than the %4 sections "
+                                          "and keys of the table definition file can hold.")
                                .arg(QLatin1String(key))
                                .arg(count)
                                .arg(section)
-                               .arg(file.lineCount())
+                               .arg(file.entryCount())
                                .toStdString());
     return count;
 }

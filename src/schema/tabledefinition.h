@@ -17,11 +17,12 @@ namespace schema {
 QString DefaultTableDefinitionPath();
 
 // Real table definition files hold a few kilobytes; a larger file is refused before any work.
-inline constexpr qint64 MaxTableDefinitionFileSize = 1024 * 1024;
+inline constexpr qint64 MaxTableDefinitionFileSize = 256 * 1024;
 
-// A count ("FieldTypes", "Tables", "Queries", "Columns", "Rows") above the number of lines of
-// the file asks for more keys or sections than the file can hold: the file is refused with
-// IniFileError before any work, since its counts would only drive empty loops.
+// A count ("FieldTypes", "Tables", "Queries", "Columns", "Rows") above the number of section
+// headers and keys in the file asks for more keys or sections than the file holds: the file is
+// refused with IniFileError before any work, since such counts only drive empty loops (and
+// each missing statement section costs two log entries).
 
 // The type map of one pass: for i = 1 .. "FieldTypes" of the pass section, the generic name
 // "Type<i>" of the pass section and its native text from the dialect section; pairs with an
