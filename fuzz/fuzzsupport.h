@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QtGlobal>
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -19,6 +20,11 @@
     } while (false)
 
 namespace fuzzsupport {
+
+// The toolkit's warnings (such as "Broken filename passed to function" for a path that holds a
+// NUL) would flood the output; failed properties report through fail().
+inline const bool toolkitQuiet =
+    (qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {}), true);
 
 [[noreturn]] inline void fail(const char* condition, const char* file, int line,
                               const QString& detail) {

@@ -324,10 +324,10 @@ private:
                     return m_settings.locale.monthName(n, nameFormat(token));
                 });
             return number(index, pos, values, &Values::month, token.count == 1 ? 1 : 2, 2);
-        case Part::Year:
+        case Part::Year: // years 1 to 9999, written in four digits
             if (token.count <= 2)
                 return number(index, pos, values, &Values::shortYear, 2, 2);
-            return number(index, pos, values, &Values::year, 4, 9);
+            return number(index, pos, values, &Values::year, 4, 4);
         }
         return std::nullopt;
     }
@@ -387,7 +387,8 @@ private:
             if (value <= 0 || (values.shortYear >= 0 && value % 100 != values.shortYear))
                 return false;
         }
-        if ((field == &Values::day || field == &Values::month) && value <= 0)
+        if ((field == &Values::day && (value < 1 || value > 31)) ||
+            (field == &Values::month && (value < 1 || value > 12)))
             return false;
         if (values.*field > 0 && values.*field != value)
             return false;

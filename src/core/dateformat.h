@@ -84,9 +84,9 @@ QString FormatDate(const QString& pattern, QDate date);
 QString DateToStr(QDate date, const DateSettings& settings);
 QString DateToStr(QDate date);
 
-// Reads a date. A text exactly as the short date format writes it reads as that date
-// (each part and each piece of literal text in its place; when a part's length is open,
-// as with "dmyyyy", the longest reading wins). Any other text is read leniently, in the
+// Reads a date. A text exactly as the short date format writes it reads as that date,
+// for years 1 to 9999 (each part and each piece of literal text in its place; when a
+// part's length is open, as with "dmyyyy", the longest reading wins). Any other text is read leniently, in the
 // order of day, month and year of the short date format:
 //  - day and month of one or two digits; the month may also be written as the
 //    locale's short or long month name;

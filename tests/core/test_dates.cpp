@@ -197,6 +197,8 @@ private Q_SLOTS:
         AddRow("ISO under a day-first format", "dd/mm/yyyy", "/", "1990-02-03", feb3);
         AddRow("dotted default under a year-first format", "yyyy/mm/dd", "/", "3.2.1990", feb3);
         AddRow("format order wins when it reads", "yyyy/mm/dd", "/", "90.2.3", feb3);
+        // Exactly as the format writes it; a four-digit year never takes a fifth digit.
+        AddRow("parts run together", "yyyydmyyyyd", "-", "1977111197711", QDate(1977, 1, 11));
         // Not dates.
         AddRow("empty", "dd.mm.yyyy", ".", "", none);
         AddRow("two parts", "dd.mm.yyyy", ".", "3.2", none);
