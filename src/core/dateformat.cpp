@@ -574,12 +574,10 @@ bool DateFormatReadsBack(const QString& customFormat, const QLocale& locale, int
     auto readsBack = [&](QDate date) {
         return TryStrToDate(DateToStr(date, settings), settings, referenceYear) == date;
     };
-    // Every day and month of a leap year, then the stored default and dates whose years
-    // tell the digits apart.
-    for (QDate date(2000, 1, 1); date.year() == 2000; date = date.addDays(1))
-        if (!readsBack(date))
-            return false;
-    for (const QDate date : {QDate(1990, 1, 1), QDate(1999, 12, 31), QDate(2013, 10, 14)})
+    // Every day of 28 years, the stored default 1 January 1990 among them: every calendar a
+    // year can have (the weekday it starts on, leap or not), since a day name may be all that
+    // tells two readings apart, and years of both centuries the program sees.
+    for (QDate date(1990, 1, 1); date.year() < 2018; date = date.addDays(1))
         if (!readsBack(date))
             return false;
     return true;

@@ -64,8 +64,8 @@ void ApplyDateFormat(const QString& customFormat, const QLocale& locale);
 void ApplyDateFormat(const QString& customFormat);
 
 // Whether every date that a custom format writes reads back as that date with StrToDate,
-// checked on every day of a leap year and on dates of other decades (two-digit years
-// within the hundred years around referenceYear). The preferences accept only such
+// checked on every day of the 28 years from 1990, which hold every calendar a year can
+// have (two-digit years within the hundred years around referenceYear). The preferences accept only such
 // formats: not one that lacks the day, the month or the year, nor one whose parts run
 // together ambiguously ("dmyyyy" writes 1112001 for both 1 November and 11 January).
 // An empty format stands for the locale's.
