@@ -1,5 +1,6 @@
 #include "core/ui/main.h"
 #include "core/commandline.h"
+#include "core/log.h"
 #include "core/ui/about.h"
 #include "core/ui/messages.h"
 #include "translation/translate.h"
@@ -63,6 +64,14 @@ void prepareUnattendedRun(const QString& rawCommandLine) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
 }
 
+// A log entry that cannot be written is reported once, on stderr and in a box titled
+// "Error"; in an unattended run the box is that stderr line.
+void reportLogFailure(const QString& text) {
+    if (!ui::IsUnattended())
+        std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
+    ui::ShowError(nullptr, translation::Translate(QStringLiteral("Error")), text);
+}
+
 // The language's dialog font, where it is installed; otherwise the desktop's own.
 void useDialogFont(QApplication& application) {
     const QString family =
@@ -82,14 +91,19 @@ int main(int argc, char** argv) {
     QuilletApplication application(argc, argv);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillet"));
     useDialogFont(application);
+    core::SetLogFailureHandler(reportLogFailure);
     try {
-        ui::TfmMain fmMain(rawCommandLine);
-        ui::TAboutForm aboutForm(&fmMain);
-        fmMain.setAboutForm(&aboutForm);
-        if (!fmMain.noGui())
-            fmMain.show();
-        const int status = application.exec();
-        return ui::IsUnattended() && ui::ErrorWasShown() ? EXIT_FAILURE : status;
+        int status = EXIT_SUCCESS;
+        {
+            ui::TfmMain fmMain(rawCommandLine);
+            ui::TAboutForm aboutForm(&fmMain);
+            fmMain.setAboutForm(&aboutForm);
+            if (!fmMain.noGui())
+                fmMain.show();
+            status = application.exec();
+        } // the end banner is logged here
+        const bool failed = ui::ErrorWasShown() || core::LogEntriesLost();
+        return ui::IsUnattended() && failed ? EXIT_FAILURE : status;
     } catch (const std::exception& error) {
         QuilletApplication::showFatal(QString::fromUtf8(error.what()));
     }

@@ -2,8 +2,11 @@
 
 #include "translation/translate.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
+#include <utility>
 
 namespace core {
 
@@ -12,6 +15,64 @@ namespace {
 QLocale strict(QLocale locale) {
     locale.setNumberOptions(locale.numberOptions() | QLocale::RejectGroupSeparator);
     return locale;
+}
+
+bool isDirectionMark(QChar c) {
+    const char16_t u = c.unicode();
+    return u == 0x200E || u == 0x200F || u == 0x061C || (u >= 0x202A && u <= 0x202E) ||
+           (u >= 0x2066 && u <= 0x2069);
+}
+
+QString withoutDirectionMarks(const QString& text) {
+    QString result;
+    result.reserve(text.size());
+    for (QChar c : text)
+        if (!isDirectionMark(c))
+            result += c;
+    return result;
+}
+
+// The number in the C locale's form: the locale's digits, decimal point, signs and exponent
+// (and their ASCII forms) mapped, direction marks dropped; empty when anything else is in it.
+// Some locales write numbers that the toolkit's own reader refuses: signs that carry a
+// direction mark (Arabic, Persian, Hebrew) and exponents such as "×10^".
+QString cNumberForm(const QString& text, const QLocale& locale) {
+    const char32_t zero = locale.zeroDigit().toUcs4().value(0, U'0');
+    const std::pair<QString, QChar> symbols[] = {
+        {withoutDirectionMarks(locale.exponential()), QLatin1Char('e')},
+        {withoutDirectionMarks(locale.negativeSign()), QLatin1Char('-')},
+        {withoutDirectionMarks(locale.positiveSign()), QLatin1Char('+')},
+        {locale.decimalPoint(), QLatin1Char('.')},
+        {QStringLiteral("\u2212"), QLatin1Char('-')},
+        {QStringLiteral("e"), QLatin1Char('e')},
+        {QStringLiteral("-"), QLatin1Char('-')},
+        {QStringLiteral("+"), QLatin1Char('+')},
+    };
+    const QString plain = withoutDirectionMarks(text.trimmed());
+    QString result;
+    for (qsizetype i = 0; i < plain.size();) {
+        char32_t code = plain[i].unicode();
+        qsizetype width = 1;
+        if (plain[i].isHighSurrogate() && i + 1 < plain.size() && plain[i + 1].isLowSurrogate()) {
+            code = QChar::surrogateToUcs4(plain[i], plain[i + 1]);
+            width = 2;
+        }
+        if ((code >= zero && code <= zero + 9) || (code >= U'0' && code <= U'9')) {
+            result += QLatin1Char(char('0' + (code >= zero ? code - zero : code - U'0')));
+            i += width;
+            continue;
+        }
+        const auto symbol =
+            std::find_if(std::begin(symbols), std::end(symbols), [&](const auto& s) {
+                return !s.first.isEmpty() &&
+                       QStringView(plain).sliced(i).startsWith(s.first, Qt::CaseInsensitive);
+            });
+        if (symbol == std::end(symbols))
+            return {};
+        result += symbol->second;
+        i += symbol->first.size();
+    }
+    return result;
 }
 
 [[noreturn]] void fail(const char* message, const QString& text) {
@@ -26,7 +87,9 @@ ConversionError::ConversionError(const QString& message)
 
 std::optional<qint64> TryStrToInt64(const QString& text, const QLocale& locale) {
     bool ok = false;
-    const qint64 value = strict(locale).toLongLong(text.trimmed(), &ok);
+    qint64 value = strict(locale).toLongLong(text.trimmed(), &ok);
+    if (!ok)
+        value = strict(QLocale::c()).toLongLong(cNumberForm(text, locale), &ok);
     if (!ok)
         return std::nullopt;
     return value;
@@ -57,7 +120,9 @@ int StrToInt(const QString& text) {
 
 std::optional<double> TryStrToFloat(const QString& text, const QLocale& locale) {
     bool ok = false;
-    const double value = strict(locale).toDouble(text.trimmed(), &ok);
+    double value = strict(locale).toDouble(text.trimmed(), &ok);
+    if (!ok)
+        value = strict(QLocale::c()).toDouble(cNumberForm(text, locale), &ok);
     if (!ok || !std::isfinite(value))
         return std::nullopt;
     return value;

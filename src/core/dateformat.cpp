@@ -273,6 +273,146 @@ int yearInWindow(int twoDigitYear, int referenceYear) {
     return year;
 }
 
+// Reads a text exactly as FormatDate writes it with the pattern: each part and each piece of
+// literal text in its place. This reads what the lenient reading cannot: text between the
+// parts ("2001年3月5日"), month names that begin with a digit ("3月"), day names and
+// punctuation after a name ("March 5, 2001"). Where a part can be written in more than one
+// length, each is tried; only the first occurrence of a part can branch, later ones must
+// repeat its value, so the search stays small.
+class PatternReader {
+public:
+    PatternReader(const std::vector<Token>& tokens, const QString& text,
+                  const DateSettings& settings, int referenceYear)
+        : m_tokens(tokens), m_text(text), m_settings(settings), m_referenceYear(referenceYear) {}
+
+    std::optional<QDate> read() { return readFrom(0, 0, Values()); }
+
+private:
+    struct Values {
+        int day = 0;
+        int month = 0;
+        int year = 0;       // from a year of three or more letters
+        int shortYear = -1; // from a year of one or two letters
+        int dayOfWeek = 0;
+    };
+
+    std::optional<QDate> readFrom(size_t index, qsizetype pos, const Values& values) {
+        if (index == m_tokens.size())
+            return pos == m_text.size() ? dateOf(values) : std::nullopt;
+        const Token& token = m_tokens[index];
+        switch (token.part) {
+        case Part::Literal:
+            return literal(index, pos, values, token.text);
+        case Part::DateSeparator:
+            return literal(index, pos, values, QString(m_settings.dateSeparator));
+        case Part::TimeSeparator:
+            return literal(index, pos, values, QString(m_settings.timeSeparator));
+        case Part::Hour:
+        case Part::Minute:
+        case Part::Second: // dates are written at midnight
+            return literal(index, pos, values,
+                           token.count == 1 ? QStringLiteral("0") : QStringLiteral("00"));
+        case Part::Day:
+            if (token.count >= 3)
+                return names(index, pos, values, &Values::dayOfWeek, 7, [&](int n) {
+                    return m_settings.locale.dayName(n, nameFormat(token));
+                });
+            return number(index, pos, values, &Values::day, token.count == 1 ? 1 : 2, 2);
+        case Part::Month:
+            if (token.count >= 3)
+                return names(index, pos, values, &Values::month, 12, [&](int n) {
+                    return m_settings.locale.monthName(n, nameFormat(token));
+                });
+            return number(index, pos, values, &Values::month, token.count == 1 ? 1 : 2, 2);
+        case Part::Year: // years 1 to 9999, written in four digits
+            if (token.count <= 2)
+                return number(index, pos, values, &Values::shortYear, 2, 2);
+            return number(index, pos, values, &Values::year, 4, 4);
+        }
+        return std::nullopt;
+    }
+
+    static QLocale::FormatType nameFormat(const Token& token) {
+        return token.count == 3 ? QLocale::ShortFormat : QLocale::LongFormat;
+    }
+
+    std::optional<QDate> literal(size_t index, qsizetype pos, const Values& values,
+                                 const QString& text) {
+        if (!QStringView(m_text).sliced(pos).startsWith(text))
+            return std::nullopt;
+        return readFrom(index + 1, pos + text.size(), values);
+    }
+
+    // A number of minDigits to maxDigits ASCII digits, longest first.
+    std::optional<QDate> number(size_t index, qsizetype pos, const Values& values,
+                                int Values::*field, int minDigits, int maxDigits) {
+        int available = 0;
+        while (available < maxDigits && pos + available < m_text.size() &&
+               m_text[pos + available] >= QLatin1Char('0') &&
+               m_text[pos + available] <= QLatin1Char('9'))
+            ++available;
+        for (int digits = available; digits >= minDigits; --digits) {
+            const int value = QStringView(m_text).sliced(pos, digits).toInt();
+            Values next = values;
+            if (!assign(next, field, value))
+                continue;
+            if (std::optional<QDate> date = readFrom(index + 1, pos + digits, next))
+                return date;
+        }
+        return std::nullopt;
+    }
+
+    template <typename NameOf>
+    std::optional<QDate> names(size_t index, qsizetype pos, const Values& values,
+                               int Values::*field, int count, NameOf nameOf) {
+        for (int n = 1; n <= count; ++n) {
+            const QString name = nameOf(n);
+            Values next = values;
+            if (name.isEmpty() || !QStringView(m_text).sliced(pos).startsWith(name) ||
+                !assign(next, field, n))
+                continue;
+            if (std::optional<QDate> date = readFrom(index + 1, pos + name.size(), next))
+                return date;
+        }
+        return std::nullopt;
+    }
+
+    // A part written twice must say the same both times; the two year forms must agree.
+    static bool assign(Values& values, int Values::*field, int value) {
+        if (field == &Values::shortYear) {
+            if ((values.shortYear >= 0 && values.shortYear != value) ||
+                (values.year > 0 && values.year % 100 != value))
+                return false;
+        } else if (field == &Values::year) {
+            if (value <= 0 || (values.shortYear >= 0 && value % 100 != values.shortYear))
+                return false;
+        }
+        if ((field == &Values::day && (value < 1 || value > 31)) ||
+            (field == &Values::month && (value < 1 || value > 12)))
+            return false;
+        if (values.*field > 0 && values.*field != value)
+            return false;
+        values.*field = value;
+        return true;
+    }
+
+    std::optional<QDate> dateOf(const Values& values) const {
+        int year = values.year;
+        if (year == 0 && values.shortYear >= 0)
+            year = yearInWindow(values.shortYear, m_referenceYear);
+        const QDate date(year, values.month, values.day);
+        if (year == 0 || !date.isValid() ||
+            (values.dayOfWeek != 0 && date.dayOfWeek() != values.dayOfWeek))
+            return std::nullopt;
+        return date;
+    }
+
+    const std::vector<Token>& m_tokens;
+    const QString& m_text;
+    const DateSettings& m_settings;
+    const int m_referenceYear;
+};
+
 } // namespace
 
 // ---------------------------------------------------------------------------------
@@ -395,6 +535,22 @@ DateSettings LocaleDateSettings(const QLocale& locale) {
             firstSeparatorIn(locale.timeFormat(QLocale::ShortFormat), QLatin1Char(':')), locale};
 }
 
+namespace {
+
+// The settings with a custom format made the short date format (see ApplyDateFormat).
+void applyCustomFormat(DateSettings& settings, const QString& customFormat) {
+    settings.shortDateFormat = customFormat;
+    for (QChar c : customFormat) {
+        const QChar lower = c.toLower();
+        if (lower != QLatin1Char('d') && lower != QLatin1Char('m') && lower != QLatin1Char('y')) {
+            settings.dateSeparator = c;
+            break;
+        }
+    }
+}
+
+} // namespace
+
 void ApplyDateFormat(const QString& customFormat, const QLocale& locale) {
     SharedSettings& instance = shared();
     const std::lock_guard lock(instance.mutex);
@@ -405,14 +561,30 @@ void ApplyDateFormat(const QString& customFormat, const QLocale& locale) {
         settings.dateSeparator = LocaleDateSeparator(locale);
         return;
     }
-    settings.shortDateFormat = customFormat;
-    for (QChar c : customFormat) {
-        const QChar lower = c.toLower();
-        if (lower != QLatin1Char('d') && lower != QLatin1Char('m') && lower != QLatin1Char('y')) {
-            settings.dateSeparator = c;
-            break;
-        }
-    }
+    applyCustomFormat(settings, customFormat);
+}
+
+bool DateFormatReadsBack(const QString& customFormat, const QLocale& locale, int referenceYear) {
+    DateSettings settings = CurrentDateSettings();
+    settings.locale = locale;
+    if (customFormat.isEmpty()) // the locale's format, as ApplyDateFormat takes it
+        settings = LocaleDateSettings(locale);
+    else
+        applyCustomFormat(settings, customFormat);
+    auto readsBack = [&](QDate date) {
+        return TryStrToDate(DateToStr(date, settings), settings, referenceYear) == date;
+    };
+    // Every day of 28 years, the stored default 1 January 1990 among them: every calendar a
+    // year can have (the weekday it starts on, leap or not), since a day name may be all that
+    // tells two readings apart, and years of both centuries the program sees.
+    for (QDate date(1990, 1, 1); date.year() < 2018; date = date.addDays(1))
+        if (!readsBack(date))
+            return false;
+    return true;
+}
+
+bool DateFormatReadsBack(const QString& customFormat, const QLocale& locale) {
+    return DateFormatReadsBack(customFormat, locale, QDate::currentDate().year());
 }
 
 void ApplyDateFormat(const QString& customFormat) {
@@ -498,8 +670,13 @@ QString DateToStr(QDate date) {
 
 std::optional<QDate> TryStrToDate(const QString& text, const DateSettings& settings,
                                   int referenceYear) {
-    // The order of the parts and the text around them, from the short date format.
     const std::vector<Token> tokens = tokenize(settings.shortDateFormat);
+    // A text exactly as the short date format writes it reads as written.
+    if (std::optional<QDate> date = PatternReader(tokens, text, settings, referenceYear).read())
+        return date;
+
+    // Otherwise the lenient reading: the order of the parts and the text around them, from
+    // the short date format.
     std::vector<Part> order;
     qsizetype firstPart = -1;
     qsizetype lastPart = -1;

@@ -63,6 +63,15 @@ DateSettings LocaleDateSettings(const QLocale& locale);
 void ApplyDateFormat(const QString& customFormat, const QLocale& locale);
 void ApplyDateFormat(const QString& customFormat);
 
+// Whether every date that a custom format writes reads back as that date with StrToDate,
+// checked on every day of the 28 years from 1990, which hold every calendar a year can
+// have (two-digit years within the hundred years around referenceYear). The preferences accept only such
+// formats: not one that lacks the day, the month or the year, nor one whose parts run
+// together ambiguously ("dmyyyy" writes 1112001 for both 1 November and 11 January).
+// An empty format stands for the locale's.
+bool DateFormatReadsBack(const QString& customFormat, const QLocale& locale, int referenceYear);
+bool DateFormatReadsBack(const QString& customFormat, const QLocale& locale);
+
 // Formatting with a pattern (see above). The date-only forms write midnight for any
 // time specifier.
 QString FormatDateTime(const QString& pattern, const QDateTime& value,
@@ -75,7 +84,10 @@ QString FormatDate(const QString& pattern, QDate date);
 QString DateToStr(QDate date, const DateSettings& settings);
 QString DateToStr(QDate date);
 
-// Reads a date written in the order of day, month and year of the short date format:
+// Reads a date. A text exactly as the short date format writes it reads as that date,
+// for years 1 to 9999 (each part and each piece of literal text in its place; when a
+// part's length is open, as with "dmyyyy", the longest reading wins). Any other text is read leniently, in the
+// order of day, month and year of the short date format:
 //  - day and month of one or two digits; the month may also be written as the
 //    locale's short or long month name;
 //  - a year of three or four digits as written; a year of one or two digits falls in

@@ -5,15 +5,53 @@
 #include <QDateTime>
 #include <QFile>
 
+#include <cstdio>
 #include <stdexcept>
 
 namespace core {
 
 namespace {
 
+void writeToStderr(const QString& text) {
+    std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
+    std::fflush(stderr);
+}
+
+struct LogState {
+    QString path;
+    QList<QByteArray> pending; // entries not written yet, oldest first
+    qsizetype pendingBytes = 0;
+    bool dropped = false;
+    bool failureReported = false;
+    LogFailureHandler failureHandler = writeToStderr;
+};
+
+LogState& state() {
+    static LogState instance;
+    return instance;
+}
+
 QString& logPath() {
-    static QString path;
-    return path;
+    return state().path;
+}
+
+void keepPending(QByteArray entry) {
+    LogState& log = state();
+    log.pendingBytes += entry.size();
+    log.pending.append(std::move(entry));
+    while (log.pendingBytes > MaxPendingLogBytes && log.pending.size() > 1) {
+        log.pendingBytes -= log.pending.takeFirst().size();
+        log.dropped = true;
+    }
+}
+
+void reportFailure(const QString& text) {
+    LogState& log = state();
+    if (log.failureReported)
+        return;
+    log.failureReported = true;
+    if (log.failureHandler)
+        log.failureHandler(text);
 }
 
 const char* const NullMessageLine = "..................................";
@@ -54,19 +92,41 @@ QByteArray FormatLogEntry(const QDateTime& when, const char* message) {
     return entry;
 }
 
+void SetLogFailureHandler(LogFailureHandler handler) {
+    state().failureHandler = std::move(handler);
+}
+
+bool LogEntriesLost() {
+    const LogState& log = state();
+    return log.dropped || !log.pending.isEmpty();
+}
+
 void LogLine(const char* message) {
-    const QString& path = logPath();
-    if (path.isEmpty())
+    LogState& log = state();
+    if (log.path.isEmpty())
         return;
-    QFile file(path);
+    keepPending(FormatLogEntry(QDateTime::currentDateTime(), message));
+    // Unbuffered, so that a failing write shows in the result of the write itself.
+    QFile file(log.path);
     // Open without truncating; when that fails (usually: no file yet), create it.
-    if (!file.open(QIODevice::ReadWrite) && !file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        throw std::runtime_error(QStringLiteral("Cannot create file \"%1\". %2")
-                                     .arg(path, file.errorString())
-                                     .toStdString());
-    file.seek(file.size());
-    file.write(FormatLogEntry(QDateTime::currentDateTime(), message));
+    if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered) &&
+        !file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+        const QString text =
+            QStringLiteral("Cannot create file \"%1\". %2").arg(log.path, file.errorString());
+        reportFailure(text);
+        throw std::runtime_error(text.toStdString());
+    }
+    const qint64 end = file.size();
+    const QByteArray entries = log.pending.join();
+    if ((!file.isSequential() && !file.seek(end)) || file.write(entries) != entries.size()) {
+        const QString reason = file.errorString();
+        file.resize(end); // no cut-off entry stays behind to be written twice
+        reportFailure(QStringLiteral("Cannot write to file \"%1\". %2").arg(log.path, reason));
+        return;
+    }
     file.close();
+    log.pending.clear();
+    log.pendingBytes = 0;
 }
 
 void LogLine(const QString& message) {

@@ -3,7 +3,10 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <limits>
+#include <utility>
+#include <vector>
 
 namespace schema {
 
@@ -51,7 +54,7 @@ bool ParseDecimalInteger(const QString& text, int& value) {
     return true;
 }
 
-IniFile IniFile::fromFile(const QString& path) {
+IniFile IniFile::fromFile(const QString& path, qint64 maxBytes) {
     if (!QFileInfo::exists(path))
         return IniFile();
     QFile file(path);
@@ -59,10 +62,17 @@ IniFile IniFile::fromFile(const QString& path) {
         throw IniFileError(QStringLiteral("Cannot open file \"%1\". %2")
                                .arg(path, file.errorString())
                                .toStdString());
-    const QByteArray bytes = file.readAll();
+    // One byte more than allowed tells a file at the limit from a larger one; devices report
+    // no size, so the size is learned by reading.
+    const QByteArray bytes = file.read(maxBytes + 1);
     if (file.error() != QFileDevice::NoError)
         throw IniFileError(QStringLiteral("Cannot read file \"%1\". %2")
                                .arg(path, file.errorString())
+                               .toStdString());
+    if (bytes.size() > maxBytes)
+        throw IniFileError(QStringLiteral("The file \"%1\" is larger than %2 bytes.")
+                               .arg(path)
+                               .arg(maxBytes)
                                .toStdString());
     return fromBytes(bytes);
 }
@@ -95,6 +105,7 @@ IniFile IniFile::fromBytes(const QByteArray& bytes) {
             current = foldName(line.mid(1, close - 1).trimmed());
             inSection = true;
             ini.m_sections[current];
+            ++ini.m_entryCount;
             continue;
         }
         if (!inSection)
@@ -105,6 +116,7 @@ IniFile IniFile::fromBytes(const QByteArray& bytes) {
         const QString key = line.left(equals).trimmed();
         if (key.isEmpty())
             continue;
+        ++ini.m_entryCount;
         Section& section = ini.m_sections[current];
         const QString folded = foldName(key);
         if (!section.contains(folded))
@@ -133,6 +145,31 @@ int IniFile::readInteger(const QString& section, const QString& key, int default
     if (!ParseDecimalInteger(readString(section, key), value))
         return defaultValue;
     return value;
+}
+
+QStringList IniFile::readNumbered(const QString& section, const QString& prefix, int count) const {
+    const auto sectionIt = m_sections.constFind(foldName(section));
+    if (sectionIt == m_sections.constEnd() || count <= 0)
+        return {};
+    // Only the key "prefix" + QString::number(n) is read for n: digits without a leading zero.
+    const QString foldedPrefix = foldName(prefix);
+    std::vector<std::pair<int, QString>> found;
+    for (auto it = sectionIt->constBegin(); it != sectionIt->constEnd(); ++it) {
+        const QString& key = it.key();
+        if (!key.startsWith(foldedPrefix) || key.size() == foldedPrefix.size())
+            continue;
+        const QString digits = key.sliced(foldedPrefix.size());
+        int n = 0;
+        if (!ParseDecimalInteger(digits, n) || n < 1 || n > count || QString::number(n) != digits)
+            continue;
+        found.emplace_back(n, it.value());
+    }
+    std::sort(found.begin(), found.end(),
+              [](const auto& a, const auto& b) { return a.first < b.first; });
+    QStringList values;
+    for (auto& [n, value] : found)
+        values << std::move(value);
+    return values;
 }
 
 } // namespace schema

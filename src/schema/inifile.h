@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QString>
+#include <QStringList>
 
 #include <stdexcept>
 
@@ -31,12 +32,15 @@ class IniFile {
 public:
     IniFile() = default;
 
-    // A file that does not exist reads as empty; one that exists but cannot be read throws
-    // IniFileError.
-    static IniFile fromFile(const QString& path);
+    // A file that does not exist reads as empty; one that exists but cannot be read, or holds
+    // more than maxBytes (a device such as /dev/zero included), throws IniFileError.
+    static IniFile fromFile(const QString& path, qint64 maxBytes);
     static IniFile fromBytes(const QByteArray& bytes);
 
     bool isEmpty() const { return m_sections.isEmpty(); }
+    // The section headers and keys read (blank lines and comments do not count): no section
+    // holds more keys than this, and no file more sections.
+    qsizetype entryCount() const { return m_entryCount; }
     bool hasSection(const QString& section) const;
 
     // The trimmed value, or defaultValue when the section or key is missing.
@@ -49,9 +53,15 @@ public:
     // positive name no entries.
     int readInteger(const QString& section, const QString& key, int defaultValue = 0) const;
 
+    // The values of the keys prefix + n ("Column1", "Column2", ...) for n from 1 to count, in
+    // the order of n; keys the section lacks are left out. The same as readString for each n
+    // in turn, but one pass over the section whatever the count.
+    QStringList readNumbered(const QString& section, const QString& prefix, int count) const;
+
 private:
     using Section = QHash<QString, QString>;
     QHash<QString, Section> m_sections;
+    qsizetype m_entryCount = 0;
 };
 
 // The decimal reading rule of IniFile::readInteger, on its own.

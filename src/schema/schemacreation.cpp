@@ -68,7 +68,7 @@ bool VerifyOrCreateTable(db::odbc::Connection& connection, db::DatabaseDialect d
 void ProcessTableDefinitionFile(db::odbc::Connection& connection, db::DatabaseDialect dialect,
                                 const QString& path) {
     core::LogLine(QStringLiteral("Table definition file: ") + path);
-    const IniFile file = IniFile::fromFile(path);
+    const IniFile file = IniFile::fromFile(path, MaxTableDefinitionFileSize);
     for (const SchemaWorkItem& item : ReadSchemaWork(file, dialect)) {
         switch (item.kind) {
         case SchemaWorkItem::Kind::LogEntry:

@@ -13,8 +13,9 @@ namespace schema {
 
 // Creates or completes the tables the table definition file at `path` describes and runs its
 // statements, logging every step. A failing table or statement is logged and the work goes on;
-// a file that exists but cannot be read, or a table list that cannot be had, ends the work with
-// an exception whose text the caller logs and shows ("Table Creation Error").
+// a file that exists but cannot be read, is larger than MaxTableDefinitionFileSize or holds a
+// count it cannot hold, or a table list that cannot be had, ends the work with an exception
+// whose text the caller logs and shows ("Table Creation Error").
 void ProcessTableDefinitionFile(db::odbc::Connection& connection, db::DatabaseDialect dialect,
                                 const QString& path);
 

@@ -8,30 +8,43 @@ QString numbered(const char* prefix, int n) {
     return QLatin1String(prefix) + QString::number(n);
 }
 
+// A count of the file; one larger than the file can hold is refused (see the header).
+int readCount(const IniFile& file, const QString& section, const char* key) {
+    const int count = file.readInteger(section, QLatin1String(key));
+    if (count > file.entryCount())
+        throw IniFileError(QStringLiteral("\"%1=%2\" in section [%3] is more than the %4 sections "
+                                          "and keys of the table definition file can hold.")
+                               .arg(QLatin1String(key))
+                               .arg(count)
+                               .arg(section)
+                               .arg(file.entryCount())
+                               .toStdString());
+    return count;
+}
+
 void addLogEntry(std::vector<SchemaWorkItem>& work, const QString& text) {
     work.push_back({SchemaWorkItem::Kind::LogEntry, text, {}});
 }
 
 void readTables(const IniFile& file, const QString& passSection, const TypeMap& types,
                 std::vector<SchemaWorkItem>& work) {
-    const int tables = file.readInteger(passSection, QStringLiteral("Tables"));
+    const int tables = readCount(file, passSection, "Tables");
     for (int n = 1; n <= tables; ++n) {
         const QString section = passSection + numbered("_Table", n);
         const QString name = file.readString(section, QStringLiteral("Name")).trimmed();
         if (name.isEmpty())
             continue;
         addLogEntry(work, QStringLiteral("...processing table ") + name);
-        const int columnCount = file.readInteger(section, QStringLiteral("Columns"));
+        const int columnCount = readCount(file, section, "Columns");
         if (columnCount <= 0) {
             addLogEntry(work, QStringLiteral(".......no column definitions found."));
             continue;
         }
         QStringList columns;
-        for (int c = 1; c <= columnCount; ++c) {
-            const QString line = file.readString(section, numbered("Column", c)).trimmed();
+        for (const QString& line :
+             file.readNumbered(section, QStringLiteral("Column"), columnCount))
             if (!line.isEmpty())
                 columns << MapColumnTypes(line, types);
-        }
         if (columns.isEmpty())
             addLogEntry(work, QStringLiteral(".......no columns found."));
         else
@@ -41,21 +54,17 @@ void readTables(const IniFile& file, const QString& passSection, const TypeMap& 
 
 void readStatements(const IniFile& file, const QString& passSection,
                     std::vector<SchemaWorkItem>& work) {
-    const int statements = file.readInteger(passSection, QStringLiteral("Queries"));
+    const int statements = readCount(file, passSection, "Queries");
     for (int n = 1; n <= statements; ++n) {
         const QString section = passSection + numbered("_Query", n);
         addLogEntry(work, QStringLiteral("...processing SQL query ") + section);
-        const int rowCount = file.readInteger(section, QStringLiteral("Rows"));
+        const int rowCount = readCount(file, section, "Rows");
         if (rowCount <= 0) {
             addLogEntry(work, QStringLiteral(".......no Query rows found."));
             continue;
         }
-        QStringList rows;
-        for (int r = 1; r <= rowCount; ++r) {
-            const QString row = file.readString(section, numbered("Row", r));
-            if (!row.isEmpty())
-                rows << row;
-        }
+        QStringList rows = file.readNumbered(section, QStringLiteral("Row"), rowCount);
+        rows.removeAll(QString());
         if (rows.isEmpty())
             addLogEntry(work, QStringLiteral(".......SQL query is empty."));
         else
@@ -73,9 +82,9 @@ QString DefaultTableDefinitionPath() {
 TypeMap ReadTypeMap(const IniFile& file, const QString& passSection,
                     const QString& dialectSection) {
     TypeMap types;
-    const int count = file.readInteger(passSection, QStringLiteral("FieldTypes"));
-    for (int i = 1; i <= count; ++i) {
-        const QString generic = file.readString(passSection, numbered("Type", i)).trimmed();
+    const int count = readCount(file, passSection, "FieldTypes");
+    for (const QString& listed : file.readNumbered(passSection, QStringLiteral("Type"), count)) {
+        const QString generic = listed.trimmed();
         if (generic.isEmpty())
             continue;
         const QString native = file.readString(dialectSection, generic).trimmed();

@@ -3,6 +3,7 @@
 #include "translation/escapes.h"
 
 #include <QFile>
+#include <QStringDecoder>
 
 namespace translation {
 
@@ -95,6 +96,14 @@ private:
     int m_line = 1;
 };
 
+// The text of a string token. QString::fromUtf8 drops a leading byte-order mark; inside a
+// string it is a character of the text.
+QString textOf(QByteArrayView bytes) {
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
+                                                     QStringDecoder::Flag::ConvertInitialBom);
+    return decoder.decode(bytes);
+}
+
 LkpContents& stopAt(LkpContents& contents, int line, const QString& error) {
     contents.complete = false;
     contents.errorLine = line;
@@ -108,7 +117,7 @@ bool readEntryString(Tokenizer& tokenizer, const char* what, QString& text, LkpC
     const Token token = tokenizer.next();
     switch (token.kind) {
     case TokenKind::String:
-        text = Unescape(QString::fromUtf8(token.text));
+        text = Unescape(textOf(token.text));
         return true;
     case TokenKind::Error:
         stopAt(contents, token.line, QString::fromLatin1(token.error));

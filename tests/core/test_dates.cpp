@@ -120,6 +120,7 @@ private Q_SLOTS:
     // the three orders and with three separators) writes dates that read back.
     void notePatternsRoundTrip_data() {
         QTest::addColumn<QString>("pattern");
+        QTest::addColumn<QString>("locale");
         for (const char* d : {"d", "dd"})
             for (const char* m : {"m", "mm"})
                 for (const char* y : {"yy", "yyy", "yyyy"})
@@ -127,19 +128,47 @@ private Q_SLOTS:
                         for (const QStringList& parts :
                              {QStringList{d, m, y}, QStringList{m, d, y}, QStringList{y, m, d}}) {
                             const QString pattern = parts.join(QLatin1String(s));
-                            QTest::newRow(qPrintable(pattern)) << pattern;
+                            QTest::newRow(qPrintable(pattern)) << pattern << "en_GB";
                         }
+        // And formats with names and text between the parts.
+        AddRow("long month name and a comma", "mmmm d, yyyy", "en_US");
+        AddRow("text between the parts", "yyyy'\u5E74'm'\u6708'd'\u65E5'", "ja_JP");
+        AddRow("month names that begin with a digit", "dd mmm yy", "ja_JP");
+        AddRow("day names", "dddd, d. mmmm yyyy", "de_DE");
     }
 
     void notePatternsRoundTrip() {
         QFETCH(QString, pattern);
-        core::ApplyDateFormat(pattern, QLocale(QStringLiteral("en_GB")));
+        QFETCH(QString, locale);
+        core::ApplyDateFormat(pattern, QLocale(locale));
         const DateSettings settings = core::CurrentDateSettings();
         QCOMPARE(settings.shortDateFormat, pattern);
         for (const QDate& date : Samples)
             QCOMPARE(core::TryStrToDate(core::DateToStr(date), settings, ReferenceYear)
                          .value_or(QDate()),
                      date);
+    }
+
+    // The preferences accept a custom format only when its dates read back.
+    void customFormatAcceptance_data() {
+        QTest::addColumn<QString>("pattern");
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<bool>("readsBack");
+        AddRow("long month name and a comma", "mmmm d, yyyy", "en_US", true);
+        AddRow("month names that begin with a digit", "dd mmm yy", "ja_JP", true);
+        AddRow("letters only", "ddmmyyyy", "en_GB", true);
+        AddRow("empty: the locale's", "", "ja_JP", true);
+        AddRow("no year", "dd.mm", "en_GB", false);
+        AddRow("no day", "mmmm yyyy", "en_GB", false);
+        AddRow("ambiguous: 1112001", "dmyyyy", "en_GB", false);
+        AddRow("ambiguous unless a day name tells: 1 November or 11 January", "dm-md dddd", "en_GB",
+               false);
+    }
+
+    void customFormatAcceptance() {
+        QFETCH(QString, pattern);
+        QFETCH(QString, locale);
+        QTEST(core::DateFormatReadsBack(pattern, QLocale(locale), ReferenceYear), "readsBack");
     }
 
     void parse_data() {
@@ -178,6 +207,8 @@ private Q_SLOTS:
         AddRow("ISO under a day-first format", "dd/mm/yyyy", "/", "1990-02-03", feb3);
         AddRow("dotted default under a year-first format", "yyyy/mm/dd", "/", "3.2.1990", feb3);
         AddRow("format order wins when it reads", "yyyy/mm/dd", "/", "90.2.3", feb3);
+        // Exactly as the format writes it; a four-digit year never takes a fifth digit.
+        AddRow("parts run together", "yyyydmyyyyd", "-", "1977111197711", QDate(1977, 1, 11));
         // Not dates.
         AddRow("empty", "dd.mm.yyyy", ".", "", none);
         AddRow("two parts", "dd.mm.yyyy", ".", "3.2", none);
@@ -192,6 +223,12 @@ private Q_SLOTS:
         AddRow("day 0", "dd.mm.yyyy", ".", "0.1.1990", none);
         AddRow("month 13", "dd.mm.yyyy", ".", "1.13.1990", none);
         AddRow("year 0", "dd.mm.yyyy", ".", "1.1.0000", none);
+        // Two-digit years fall in the hundred years from 1975 to 2074.
+        AddRow("90 is 1990", "dd.mm.yy", ".", "1.6.90", QDate(1990, 6, 1));
+        AddRow("75, first of the window", "dd.mm.yy", ".", "1.6.75", QDate(1975, 6, 1));
+        AddRow("74, last of the window", "dd.mm.yy", ".", "1.6.74", QDate(2074, 6, 1));
+        AddRow("one-digit year", "dd.mm.yy", ".", "1.6.5", QDate(2005, 6, 1));
+        AddRow("three-digit year as written", "dd.mm.yy", ".", "1.6.990", QDate(990, 6, 1));
     }
 
     void parse() {
@@ -218,28 +255,7 @@ private Q_SLOTS:
         }
     }
 
-    void twoDigitYears_data() {
-        QTest::addColumn<int>("referenceYear");
-        QTest::addColumn<QString>("year");
-        QTest::addColumn<int>("expected");
-        AddRow("90 in 2025", 2025, "90", 1990);
-        AddRow("75 in 2025, first of the window", 2025, "75", 1975);
-        AddRow("74 in 2025, last of the window", 2025, "74", 2074);
-        AddRow("one digit", 2025, "5", 2005);
-        AddRow("50 in 2000, first of the window", 2000, "50", 1950);
-        AddRow("49 in 2000, last of the window", 2000, "49", 2049);
-        AddRow("three digits as written", 2025, "990", 990);
-    }
-
-    void twoDigitYears() {
-        QFETCH(int, referenceYear);
-        QFETCH(QString, year);
-        QFETCH(int, expected);
-        const DateSettings settings = settingsFor(QStringLiteral("dd.mm.yy"), QLatin1Char('.'));
-        QCOMPARE(core::StrToDate(QStringLiteral("1.6.") + year, settings, referenceYear),
-                 QDate(expected, 6, 1));
-    }
-
+    // The window follows the clock: its first and last years.
     void twoDigitYearsFollowTheClock() {
         const DateSettings settings = settingsFor(QStringLiteral("dd.mm.yy"), QLatin1Char('.'));
         const int now = QDate::currentDate().year();

@@ -54,6 +54,8 @@ private Q_SLOTS:
         QVERIFY(QDir(m_dir.path()).isEmpty());
     }
 
+    // The first entry creates the file; later ones are appended, and an existing file is
+    // never truncated.
     void createsThenAppends() {
         const QString path = m_dir.filePath(QStringLiteral("new.log"));
         QVERIFY(core::SetLogFilePath(path));
@@ -68,24 +70,37 @@ private Q_SLOTS:
         QVERIFY(lines[1].endsWith(" > second \r"));
         QVERIFY(lines[2].endsWith(" > .................................. \r"));
         QCOMPARE(lines[3], QByteArray());
-    }
-
-    void appendsToAnExistingFileWithoutTruncating() {
-        const QString path = m_dir.filePath(QStringLiteral("existing.log"));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("kept\r\n");
-        file.close();
-        QVERIFY(core::SetLogFilePath(path));
+        QVERIFY(testsupport::WriteFile(path, "kept\r\n"));
         core::LogLine("added");
         const QByteArray content = testsupport::ReadFile(path);
         QVERIFY(content.startsWith("kept\r\n"));
         QVERIFY(content.endsWith(" > added \r\n"));
     }
 
-    void unwritablePathRaises() {
+    // A file that cannot be created raises; a write that fails (a full disk) does not. Either
+    // way the entry is kept and written ahead of the next one once the file takes it, and the
+    // first failure alone is reported.
+    void failedEntriesAreKeptAndReportedOnce() {
+        QStringList reports;
+        core::SetLogFailureHandler([&reports](const QString& text) { reports << text; });
         QVERIFY(core::SetLogFilePath(m_dir.filePath(QStringLiteral("no/such/dir/x.log"))));
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error, core::LogLine("x"));
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, core::LogLine("not created"));
+        QVERIFY(core::SetLogFilePath(QStringLiteral("/dev/full")));
+        core::LogLine("disk full");
+        QVERIFY(core::LogEntriesLost());
+        QCOMPARE(reports.size(), 1);
+        QVERIFY2(reports[0].contains(QLatin1String("no/such/dir/x.log")), qPrintable(reports[0]));
+
+        const QString path = m_dir.filePath(QStringLiteral("later.log"));
+        QVERIFY(core::SetLogFilePath(path));
+        core::LogLine("written");
+        const QList<QByteArray> lines = testsupport::ReadFile(path).split('\n');
+        QCOMPARE(lines.size(), 4);
+        QVERIFY(lines[0].endsWith(" > not created \r"));
+        QVERIFY(lines[1].endsWith(" > disk full \r"));
+        QVERIFY(lines[2].endsWith(" > written \r"));
+        QVERIFY(!core::LogEntriesLost());
+        QCOMPARE(reports.size(), 1);
     }
 
     void pathLengthIsBounded() {

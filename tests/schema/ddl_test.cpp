@@ -13,10 +13,16 @@ Q_DECLARE_METATYPE(DatabaseDialect)
 namespace {
 
 // The work read from the file as text, one line per item, for golden comparisons.
+// A refused file gives the one line "error: " + the message.
 QStringList describe(const QByteArray& file, DatabaseDialect dialect) {
+    std::vector<SchemaWorkItem> work;
+    try {
+        work = schema::ReadSchemaWork(schema::IniFile::fromBytes(file), dialect);
+    } catch (const schema::IniFileError& error) {
+        return {QStringLiteral("error: ") + QString::fromUtf8(error.what())};
+    }
     QStringList lines;
-    for (const SchemaWorkItem& item :
-         schema::ReadSchemaWork(schema::IniFile::fromBytes(file), dialect)) {
+    for (const SchemaWorkItem& item : work) {
         switch (item.kind) {
         case SchemaWorkItem::Kind::LogEntry:
             lines << "log: " + item.text;
@@ -179,6 +185,19 @@ private Q_SLOTS:
             "Row1=UPDATE T\nRow2=\nRow3=  SET A = 1  \nRow4=WHERE B = 2\n",
             {"log: ...processing SQL query Default_Query1",
              "statement: UPDATE T\r\nSET A = 1\r\nWHERE B = 2"});
+        row("counts above the keys given; only the written numbers count",
+            "[Default]\nTables=1\n[Default_Table1]\nName=T\nColumns=9\nColumn3=B X\n"
+            "column1=A X\nColumn03=Z\nColumn+2=Y\nColumn10=W\n",
+            {"log: ...processing table T", "table: T | A X | B X"});
+        // A count above the lines of the file is refused before any work, whatever its size.
+        QTest::newRow("absurd column count")
+            << QByteArray("[Default]\nTables=1\n[Default_Table1]\nName=T\nColumns=2000000000\n")
+            << QStringList{"error: \"Columns=2000000000\" in section [Default_Table1] is more "
+                           "than the 5 sections and keys of the table definition file can hold."};
+        QTest::newRow("absurd type count")
+            << QByteArray("[Default]\nFieldTypes=1001476\n")
+            << QStringList{"error: \"FieldTypes=1001476\" in section [Default] is more than "
+                           "the 2 sections and keys of the table definition file can hold."};
         row("type with an empty half is left out",
             "[Default]\nFieldTypes=3\nType1=\nType2=%B%\nType3=%C%\n%C%=INTEGER\n"
             "Tables=1\n[Default_Table1]\nName=T\nColumns=1\nColumn1=A %B% %C%\n",

@@ -8,6 +8,10 @@
 
 using schema::IniFile;
 
+namespace {
+constexpr qint64 Limit = 1024;
+}
+
 class IniFileTest : public QObject {
     Q_OBJECT
 
@@ -91,23 +95,12 @@ private Q_SLOTS:
         QCOMPARE(ini.readInteger("Default", "Missing", 9), 9);
     }
 
-    void missingOrEmptyFileReadsAsEmpty() {
-        QTemporaryDir dir;
-        const IniFile missing = IniFile::fromFile(dir.filePath("no-such.def"));
-        QVERIFY(missing.isEmpty());
-        QCOMPARE(missing.readInteger("Default", "Tables"), 0);
-        QVERIFY(writeFile(dir.filePath("empty.def"), QByteArray()));
-        const IniFile empty = IniFile::fromFile(dir.filePath("empty.def"));
-        QVERIFY(empty.isEmpty());
-        QVERIFY(!empty.hasSection("Default"));
-    }
-
     void longLinesAreReadWhole() {
         QTemporaryDir dir;
         const QByteArray value(64 * 1024, 'x'), key(64 * 1024, 'k'), section(64 * 1024, 's');
         QVERIFY(writeFile(dir.filePath("long.def"), "[T]\nColumn1=" + value + "\n" + key +
                                                         "=key\n[" + section + "]\nName=far\n"));
-        const IniFile ini = IniFile::fromFile(dir.filePath("long.def"));
+        const IniFile ini = IniFile::fromFile(dir.filePath("long.def"), 1 << 20);
         QCOMPARE(ini.readString("T", "Column1"), QString::fromLatin1(value));
         QCOMPARE(ini.readString("T", QString::fromLatin1(key)), QStringLiteral("key"));
         QCOMPARE(ini.readString(QString::fromLatin1(section), "name"), QStringLiteral("far"));
@@ -122,19 +115,34 @@ private Q_SLOTS:
             for (int byte = 0; byte < 256; ++byte)
                 bytes.append(static_cast<char>(byte));
         QVERIFY(writeFile(dir.filePath("mixed.bin"), bytes + "\n[Default]\nTables=2\n"));
-        QCOMPARE(IniFile::fromFile(dir.filePath("mixed.bin")).readInteger("Default", "Tables"), 2);
+        QCOMPARE(IniFile::fromFile(dir.filePath("mixed.bin"), Limit * 32)
+                     .readInteger("Default", "Tables"),
+                 2);
     }
 
-    // A file that exists but cannot be read throws: a folder, and (file permissions do not
-    // bind the super-user) a file without read rights.
-    void unreadableFileThrows() {
+    // A missing or empty file reads as empty. A file that exists but cannot be read throws: a
+    // folder, a file without read rights (not binding on the super-user), and a file or device
+    // larger than the limit (read only up to it).
+    void missingEmptyUnreadableOrOversized() {
         QTemporaryDir dir;
-        QVERIFY_THROWS_EXCEPTION(schema::IniFileError, IniFile::fromFile(dir.path()));
+        const IniFile missing = IniFile::fromFile(dir.filePath("no-such.def"), Limit);
+        QVERIFY(missing.isEmpty());
+        QCOMPARE(missing.readInteger("Default", "Tables"), 0);
+        QVERIFY(writeFile(dir.filePath("empty.def"), QByteArray()));
+        QVERIFY(IniFile::fromFile(dir.filePath("empty.def"), Limit).isEmpty());
+        QVERIFY(writeFile(dir.filePath("full.def"), QByteArray(Limit, ';')));
+        QVERIFY(IniFile::fromFile(dir.filePath("full.def"), Limit).isEmpty());
+
+        QVERIFY_THROWS_EXCEPTION(schema::IniFileError, IniFile::fromFile(dir.path(), Limit));
+        QVERIFY(writeFile(dir.filePath("over.def"), QByteArray(Limit + 1, ';')));
+        QVERIFY_THROWS_EXCEPTION(schema::IniFileError,
+                                 IniFile::fromFile(dir.filePath("over.def"), Limit));
+        QVERIFY_THROWS_EXCEPTION(schema::IniFileError, IniFile::fromFile("/dev/zero", Limit));
         const QString path = dir.filePath("locked.def");
         QVERIFY(writeFile(path, "[Default]\nTables=1\n"));
         QFile::setPermissions(path, QFileDevice::WriteOwner);
         if (::geteuid() != 0)
-            QVERIFY_THROWS_EXCEPTION(schema::IniFileError, IniFile::fromFile(path));
+            QVERIFY_THROWS_EXCEPTION(schema::IniFileError, IniFile::fromFile(path, Limit));
     }
 
 private:

@@ -336,15 +336,6 @@ private Q_SLOTS:
         QVERIFY(m_connection.tableNames().isEmpty());
     }
 
-    void unreadableFileEndsTheWork() {
-        connect(testsupport::TestDatabases().front());
-        const QString path = m_dir->path();
-        QVERIFY_THROWS_EXCEPTION(
-            schema::IniFileError,
-            schema::ProcessTableDefinitionFile(m_connection, DatabaseDialect::Default, path));
-        compareLog({"Table definition file: " + path});
-    }
-
     void tableListFailureEndsTheWork() {
         // Oracle's listing over SQLite without a USER_TABLES view cannot be had.
         connect(testsupport::TestDatabases().front());

@@ -1,6 +1,5 @@
 #include "support/testsupport.h"
 #include "translation/crc32.h"
-#include "translation/escapes.h"
 #include "translation/language.h"
 #include "translation/lkpfile.h"
 #include "translation/placeholders.h"
@@ -81,23 +80,6 @@ private Q_SLOTS:
         QFETCH(quint32, crc);
         QCOMPARE(Crc32(bytes), crc);
         QCOMPARE(TextKey(QString::fromUtf8(bytes)), crc);
-    }
-
-    void unescape_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        AddRow("no escapes", "Plain text", "Plain text");
-        AddRow("all eleven", "\\a\\b\\f\\n\\r\\t\\v\\?\\\"\\'\\\\x", "\a\b\f\n\r\t\v?\"'\\x");
-        AddRow("doubled backslash before n", "C:\\\\new", "C:\\new");
-        AddRow("three backslashes and n", "\\\\\\n", "\\\n");
-        AddRow("unknown escapes kept", "\\q\\x41\\0\\n", "\\q\\x41\\0\n");
-        AddRow("trailing backslash", "end\\", "end\\");
-    }
-
-    void unescape() {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
-        QCOMPARE(Unescape(text), expected);
     }
 
     void parse_data() {
@@ -202,10 +184,11 @@ private Q_SLOTS:
     void formatRoundTrip_data() {
         QTest::addColumn<QString>("source");
         QTest::addColumn<QString>("translation");
-        AddRow("escape written out, quotes and hash", "Cannot open\\n\"#1\"",
-               "Impossible\nd'ouvrir");
-        AddRow("control characters and backslashes", "\a\b\f\n\r\t\v", "\\\\server\\share\\");
+        AddRow("escapes, quotes, hash, control characters", "Cannot open\\n\"#1\"\a\b\f\n\r\t\v",
+               "\\\\server\\share\\");
         AddRow("empty and Japanese", "", "\xE3\x81\xAF\xE3\x81\x84");
+        const QString byteOrderMark(QChar(0xFEFF));
+        AddRow("leading byte-order mark is text", byteOrderMark + "x", byteOrderMark);
     }
 
     void formatRoundTrip() {

@@ -167,14 +167,45 @@ private Q_SLOTS:
         QVERIFY(verification.contains("......table NODES verification successfully finished."));
     }
 
-    void unreadableTableDefinitionIsReported() {
+    // A table definition file that cannot be read, is too large or holds a count it cannot
+    // hold ends the schema work at once with a clear message; the rest of the start-up goes on.
+    void badTableDefinitionIsReported_data() {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("folder") << m_dir.path() << QByteArray() << QByteArray("Cannot open file");
+        QTest::newRow("endless device")
+            << QStringLiteral("/dev/zero") << QByteArray() << QByteArray("is larger than");
+        QTest::newRow("absurd column count")
+            << path(QStringLiteral("absurd.def"))
+            << QByteArray(
+                   "[Default]\nTables=1\n[Default_Table1]\nName=ASSETS\nColumns=2000000000\n")
+            << QByteArray("\"Columns=2000000000\" in section [Default_Table1]");
+    }
+
+    void badTableDefinitionIsReported() {
+        QFETCH(QString, file);
+        QFETCH(QByteArray, content);
+        QFETCH(QByteArray, message);
+        if (!content.isEmpty())
+            QVERIFY(testsupport::WriteFile(file, content));
         const Run result =
             run({QStringLiteral("/NOGUI"), QStringLiteral("ODBC=QuilletNoGui"),
-                 QStringLiteral("CREATE=") + m_dir.path(), QStringLiteral("LOG=run.log")});
+                 QStringLiteral("CREATE=") + file, QStringLiteral("SQL=select * from NOPE"),
+                 QStringLiteral("LOG=run.log")});
+        QVERIFY2(result.milliseconds < 5000, "bad schema input must end within seconds");
         QCOMPARE(result.exitCode, 1);
-        QVERIFY2(result.standardError.startsWith("Table Creation Error: "),
+        const QList<QByteArray> stderrLines = result.standardError.split('\n');
+        QVERIFY2(stderrLines[0].startsWith("Table Creation Error: ") &&
+                     stderrLines[0].contains(message),
                  result.standardError.constData());
-        QCOMPARE(messages(result.log).last(), EndBanner);
+        // The query runs after the schema work: its error follows.
+        QVERIFY2(stderrLines[1].contains("no such table"), result.standardError.constData());
+        const QList<QByteArray> logged = messages(result.log);
+        QCOMPARE(logged.size(), 5);
+        QCOMPARE(logged[1], "Table definition file: " + file.toUtf8());
+        QCOMPARE(logged[2], stderrLines[0].mid(int(strlen("Table Creation Error: "))));
+        QCOMPARE(logged.last(), EndBanner);
     }
 
     void logFileFromPreferencesUnlessGivenOnTheCommandLine() {
@@ -245,21 +276,33 @@ private Q_SLOTS:
         QCOMPARE(result.standardError, "Error: " + logged[1] + '\n');
     }
 
-    void unwritableLogIsAnError() {
-        const Run result = run({QStringLiteral("/NOGUI"),
-                                QStringLiteral("LOG=") + path(QStringLiteral("no/such/run.log"))},
-                               QStringLiteral("no/such/run.log"));
-        QCOMPARE(result.exitCode, 1);
-        QVERIFY2(result.standardError.startsWith("Error: "), result.standardError.constData());
-        QVERIFY(result.standardError.contains("no/such/run.log"));
+    // A log that cannot be created or written, or whose path is too long, fails the run. A
+    // failing write is reported once, however many entries it loses; a file that cannot be
+    // created is also the error of the start-up step whose entry raised it.
+    void unwritableLogIsAnError_data() {
+        QTest::addColumn<QString>("log");
+        QTest::addColumn<QByteArray>("message");
+        QTest::addColumn<int>("reports");
+        QTest::newRow("no such folder")
+            << path(QStringLiteral("no/such/run.log")) << QByteArray("Cannot create file") << 2;
+        QTest::newRow("full disk")
+            << QStringLiteral("/dev/full")
+            << QByteArray("Error: Cannot write to file \"/dev/full\". ") << 1;
+        QTest::newRow("path too long")
+            << path(QString(300, QLatin1Char('x')))
+            << QByteArray("Error: The log file path is longer than 255 characters.\n") << 1;
     }
 
-    void overlongLogPathIsRefused() {
-        const Run result = run({QStringLiteral("/NOGUI"),
-                                QStringLiteral("LOG=") + path(QString(300, QLatin1Char('x')))});
+    void unwritableLogIsAnError() {
+        QFETCH(QString, log);
+        QFETCH(QByteArray, message);
+        QFETCH(int, reports);
+        const Run result = run({QStringLiteral("/NOGUI"), QStringLiteral("LOG=") + log});
         QCOMPARE(result.exitCode, 1);
-        QCOMPARE(result.standardError,
-                 QByteArray("Error: The log file path is longer than 255 characters.\n"));
+        QVERIFY2(result.standardError.startsWith("Error: ") &&
+                     result.standardError.count(message) == reports &&
+                     result.standardError.count('\n') == reports,
+                 result.standardError.constData());
     }
 
     void serverDatabase() {
