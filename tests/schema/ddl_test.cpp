@@ -190,14 +190,16 @@ private Q_SLOTS:
             "column1=A X\nColumn03=Z\nColumn+2=Y\nColumn10=W\n",
             {"log: ...processing table T", "table: T | A X | B X"});
         // A count above the lines of the file is refused before any work, whatever its size.
-        QTest::newRow("absurd column count")
-            << QByteArray("[Default]\nTables=1\n[Default_Table1]\nName=T\nColumns=2000000000\n")
-            << QStringList{"error: \"Columns=2000000000\" in section [Default_Table1] is more "
-                           "than the 5 sections and keys of the table definition file can hold."};
-        QTest::newRow("absurd type count")
-            << QByteArray("[Default]\nFieldTypes=1001476\n")
-            << QStringList{"error: \"FieldTypes=1001476\" in section [Default] is more than "
-                           "the 2 sections and keys of the table definition file can hold."};
+        const auto refused = [](const char* name, const QByteArray& text, const QString& error) {
+            QTest::newRow(name) << text << DatabaseDialect::Default << QStringList{error};
+        };
+        refused("absurd column count",
+                "[Default]\nTables=1\n[Default_Table1]\nName=T\nColumns=2000000000\n",
+                "error: \"Columns=2000000000\" in section [Default_Table1] is more than the 5 "
+                "sections and keys of the table definition file can hold.");
+        refused("absurd type count", "[Default]\nFieldTypes=1001476\n",
+                "error: \"FieldTypes=1001476\" in section [Default] is more than the 2 sections "
+                "and keys of the table definition file can hold.");
         row("type with an empty half is left out",
             "[Default]\nFieldTypes=3\nType1=\nType2=%B%\nType3=%C%\n%C%=INTEGER\n"
             "Tables=1\n[Default_Table1]\nName=T\nColumns=1\nColumn1=A %B% %C%\n",
