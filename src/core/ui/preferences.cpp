@@ -312,19 +312,8 @@ void TPreferences::FormCreate() {
 }
 
 void TPreferences::BtnOkClick() {
-    // A custom format whose dates would not read back is refused; the dialog stays open.
-    const core::PreferenceValues chosen = values();
-    if (!chosen.defaultDateFormat &&
-        !core::DateFormatReadsBack(chosen.dateFormatString, m_locale)) {
-        ShowError(
-            this, Translate(QStringLiteral("Validation Error")),
-            Translate(QStringLiteral("The date format \"$VALUE$\" writes dates that cannot be "
-                                     "read back."),
-                      0, {{QStringLiteral("$VALUE$"), chosen.dateFormatString}}));
-        return;
-    }
     try {
-        core::WritePreferenceValues(chosen, m_locale);
+        core::WritePreferenceValues(values(), m_locale);
     } catch (const core::ConversionError& error) {
         const QString text = error.message().contains(QLatin1String("date"))
                                  ? Translate(QStringLiteral("Default Date Error"))
