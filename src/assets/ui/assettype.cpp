@@ -1,6 +1,7 @@
 #include "assets/ui/assettype.h"
 
 #include "assets/ui/dbcontrols.h"
+#include "core/ui/dialogbuttons.h"
 #include "core/ui/messages.h"
 #include "translation/translate.h"
 
@@ -56,18 +57,11 @@ void TAssetTypeForm::createControls() {
     DB_Warranty = flag("DB_Warranty", "SHOW_WARRANTY_TAB", "Show &Warranty tab");
     DB_User = flag("DB_User", "SHOW_USEREXT_TAB", "Show &User Extensions tab");
 
-    BtnOk = new QPushButton(Translate(QStringLiteral("OK")), this);
-    BtnOk->setObjectName(QStringLiteral("BtnOk"));
-    BtnOk->setDefault(true);
-    BtnCancel = new QPushButton(Translate(QStringLiteral("Cancel")), this);
-    BtnCancel->setObjectName(QStringLiteral("BtnCancel"));
+    const DialogButtons buttons =
+        CreateDialogButtons(this, QStringLiteral("OK"), QStringLiteral("Cancel"));
+    BtnOk = buttons.ok;
+    BtnCancel = buttons.cancel;
     connect(BtnOk, &QPushButton::clicked, this, &TAssetTypeForm::BtnOkClick);
-    connect(BtnCancel, &QPushButton::clicked, this, &TAssetTypeForm::reject);
-
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(BtnOk);
-    buttons->addWidget(BtnCancel);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(Label1);
     layout->addWidget(DB_Name);
@@ -75,7 +69,7 @@ void TAssetTypeForm::createControls() {
     layout->addWidget(Label2);
     for (QWidget* tab : {DB_GeneralTab, DB_Purchase, DB_Warranty, DB_User})
         layout->addWidget(tab);
-    layout->addLayout(buttons);
+    layout->addLayout(buttons.layout);
 }
 
 void TAssetTypeForm::showEvent(QShowEvent* event) {

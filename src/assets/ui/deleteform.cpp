@@ -1,5 +1,6 @@
 #include "assets/ui/deleteform.h"
 
+#include "core/ui/dialogbuttons.h"
 #include "core/ui/messages.h"
 #include "translation/translate.h"
 
@@ -36,22 +37,15 @@ TDelForm::TDelForm(QWidget* parent)
     choices->addWidget(RB_Sel);
     choices->addWidget(RB_All);
 
-    BtnOk = new QPushButton(Translate(QStringLiteral("&Remove")), this);
-    BtnOk->setObjectName(QStringLiteral("BtnOk"));
-    BtnOk->setDefault(true);
-    BtnCancel = new QPushButton(Translate(QStringLiteral("&Cancel")), this);
-    BtnCancel->setObjectName(QStringLiteral("BtnCancel"));
+    const DialogButtons buttons =
+        CreateDialogButtons(this, QStringLiteral("&Remove"), QStringLiteral("&Cancel"));
+    BtnOk = buttons.ok;
+    BtnCancel = buttons.cancel;
     connect(BtnOk, &QPushButton::clicked, this, &TDelForm::BtnOkClick);
-    connect(BtnCancel, &QPushButton::clicked, this, &TDelForm::reject);
-
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(BtnOk);
-    buttons->addWidget(BtnCancel);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(Label1);
     layout->addWidget(GroupBox1);
-    layout->addLayout(buttons);
+    layout->addLayout(buttons.layout);
 }
 
 void TDelForm::showEvent(QShowEvent* event) {

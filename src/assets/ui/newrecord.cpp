@@ -1,6 +1,7 @@
 #include "assets/ui/newrecord.h"
 
 #include "assets/ui/edit.h"
+#include "core/ui/dialogbuttons.h"
 #include "core/ui/messages.h"
 #include "translation/translate.h"
 
@@ -38,22 +39,15 @@ TFormNewAsset::TFormNewAsset(db::odbc::Connection& connection, core::CommandTarg
     bevel->setFrameShape(QFrame::VLine);
     bevel->setFrameShadow(QFrame::Sunken);
 
-    BtnOk = new QPushButton(Translate(QStringLiteral("OK")), this);
-    BtnOk->setObjectName(QStringLiteral("BtnOk"));
-    BtnOk->setDefault(true);
-    BtnCancel = new QPushButton(Translate(QStringLiteral("Cancel")), this);
-    BtnCancel->setObjectName(QStringLiteral("BtnCancel"));
+    const DialogButtons buttons =
+        CreateDialogButtons(this, QStringLiteral("OK"), QStringLiteral("Cancel"), Qt::Vertical);
+    BtnOk = buttons.ok;
+    BtnCancel = buttons.cancel;
     connect(BtnOk, &QPushButton::clicked, this, &QDialog::accept);
-    connect(BtnCancel, &QPushButton::clicked, this, &QDialog::reject);
-
-    auto* buttons = new QVBoxLayout;
-    buttons->addWidget(BtnOk);
-    buttons->addWidget(BtnCancel);
-    buttons->addStretch();
     auto* layout = new QHBoxLayout(this);
     layout->addWidget(pnEdit, 1);
     layout->addWidget(bevel);
-    layout->addLayout(buttons);
+    layout->addLayout(buttons.layout);
 }
 
 bool TFormNewAsset::StartRecord() {
