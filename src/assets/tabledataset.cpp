@@ -287,9 +287,8 @@ void TableDataSet::postInsert() {
     m_current = recordCount() - 1;
 }
 
-void TableDataSet::bindValue(db::odbc::Statement& statement, int parameter, int field,
-                             const Value& value) const {
-    const Kind kind = m_fields[size_t(field)].kind();
+void BindStoredValue(db::odbc::Statement& statement, int parameter, Kind kind,
+                     const std::optional<QByteArray>& value) {
     if (!value) {
         statement.bindNull(parameter, kind);
         return;
@@ -314,7 +313,12 @@ void TableDataSet::bindValue(db::odbc::Statement& statement, int parameter, int 
     case Kind::Binary:
         break;
     }
-    statement.bindText(parameter, QString::fromUtf8(*value));
+    statement.bindUtf8(parameter, *value);
+}
+
+void TableDataSet::bindValue(db::odbc::Statement& statement, int parameter, int field,
+                             const Value& value) const {
+    BindStoredValue(statement, parameter, m_fields[size_t(field)].kind(), value);
 }
 
 void TableDataSet::cancel() {

@@ -117,4 +117,9 @@ private:
 // core::ConversionError for text that does not convert.
 QByteArray StoredFromText(const db::odbc::ColumnInfo& field, const QString& text);
 
+// Binds a value held as the database writes it (see StoredFromText) as a parameter of the
+// field's kind: numbers as numbers, dates as dates; NULL for nullopt.
+void BindStoredValue(db::odbc::Statement& statement, int parameter,
+                     db::odbc::ColumnInfo::Kind kind, const std::optional<QByteArray>& value);
+
 } // namespace assets

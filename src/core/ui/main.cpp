@@ -11,6 +11,7 @@
 #include "core/log.h"
 #include "core/registry.h"
 #include "core/ui/about.h"
+#include "core/ui/hourglass.h"
 #include "core/ui/messages.h"
 #include "core/ui/preferences.h"
 #include "db/parameters.h"
@@ -19,6 +20,7 @@
 #include "db/ui/help.h"
 #include "db/ui/sqlwizardclient.h"
 #include "db/ui/statementrunner.h"
+#include "interchange/ui/import.h"
 #include "schema/schemacreation.h"
 #include "translation/translate.h"
 
@@ -47,15 +49,6 @@ const char* const EndBanner = "                     Program terminated          
 
 constexpr auto WindowKey = "Window";
 constexpr int WindowBufferLength = 4096;
-
-// Restores the normal cursor on every way out of a long operation.
-class HourglassCursor {
-public:
-    HourglassCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~HourglassCursor() { QApplication::restoreOverrideCursor(); }
-    HourglassCursor(const HourglassCursor&) = delete;
-    HourglassCursor& operator=(const HourglassCursor&) = delete;
-};
 
 // Logging inside an error handler must not raise a second error.
 void logQuietly(const QString& message) {
@@ -196,6 +189,15 @@ void TfmMain::createActions() {
     ActionAddColumn = createAction("ActionAddColumn", QStringLiteral("Add &Column..."),
                                    QStringLiteral("Add a new column into ASSETS table"));
 
+    ActionImport = createAction("ActionImport", QStringLiteral("&Import Assets..."),
+                                QStringLiteral("Import assets from a delimited text file"));
+    connect(ActionImport, &QAction::triggered, this, &TfmMain::ActionImportExecute);
+    ActionImportAssetTypes =
+        createAction("ActionImportAssetTypes", QStringLiteral("Import Asset &Types..."),
+                     QStringLiteral("Import asset types from a delimited text file"));
+    connect(ActionImportAssetTypes, &QAction::triggered, this,
+            &TfmMain::ActionImportAssetTypesExecute);
+
     ActionPasteSQL = createAction("ActionPasteSQL", QStringLiteral("&Paste SQL"),
                                   QStringLiteral("Replace the SQL with the clipboard text"));
     connect(ActionPasteSQL, &QAction::triggered, this, &TfmMain::ActionPasteSQLExecute);
@@ -211,6 +213,9 @@ void TfmMain::createActions() {
     connect(ActionAbout, &QAction::triggered, this, &TfmMain::ActionAboutExecute);
 
     QMenu* file = menuBar()->addMenu(Translate(QStringLiteral("&File")));
+    file->addAction(ActionImport);
+    file->addAction(ActionImportAssetTypes);
+    file->addSeparator();
     file->addAction(ActionPref);
     file->addSeparator();
     file->addAction(ExitAction);
@@ -393,9 +398,14 @@ void TfmMain::processTableDefinition(const QString& path) {
 void TfmMain::importAssetTypes(const core::CommandLineValues& options) {
     if (options.assetTypeFile.isEmpty())
         return;
-    throw std::runtime_error(
-        Translate(QStringLiteral("Asset type import is not available in this version."))
-            .toStdString());
+    interchange::ImportSettings settings;
+    settings.FileName = options.assetTypeFile;
+    settings.Delimiter = options.delimiter;
+    settings.StartRow = options.startRow;
+    settings.OnError = interchange::OnErrorIgnore;
+    const interchange::ImportResult result = interchange::ui::ImportAssetTypesFile(
+        this, StatusBar, ASSETS.connection(), settings, m_noGui);
+    SetStatusText(result.message);
 }
 
 void TfmMain::RunQuery() {
@@ -724,6 +734,8 @@ void TfmMain::updateActions() {
     ActionNewAsset->setEnabled(open);
     ActionEditAssetTypes->setEnabled(open);
     ActionDelete->setEnabled(assetQuery);
+    ActionImport->setEnabled(assetQuery && m_grid);
+    ActionImportAssetTypes->setEnabled(open);
     // The add-column wizard is not part of this version.
     ActionAddColumn->setEnabled(false);
 }
@@ -790,6 +802,33 @@ void TfmMain::ActionEditAssetTypesExecute() {
     TAssetTypeListForm manager(ASSETS.connection(), *this, this);
     manager.SetManagerMode();
     manager.exec();
+    if (editorWasShown)
+        openEditor();
+}
+
+// The editor's tables are closed while the import writes, and opened again afterwards.
+void TfmMain::ActionImportExecute() {
+    const bool editorWasShown = editorShown();
+    if (editorWasShown)
+        closeEditor();
+    const std::optional<interchange::ImportResult> result =
+        interchange::ui::ImportWithDialog(this, StatusBar, ASSETS.connection(), false);
+    if (result) {
+        RunQuery();
+        SetStatusText(result->message);
+    }
+    if (editorWasShown)
+        openEditor();
+}
+
+void TfmMain::ActionImportAssetTypesExecute() {
+    const bool editorWasShown = editorShown();
+    if (editorWasShown)
+        closeEditor();
+    const std::optional<interchange::ImportResult> result =
+        interchange::ui::ImportWithDialog(this, StatusBar, ASSETS.connection(), true);
+    if (result)
+        SetStatusText(result->message);
     if (editorWasShown)
         openEditor();
 }

@@ -131,6 +131,8 @@ private:
     void ActionAddRowExecute();
     void ActionDeleteExecute();
     void ActionEditAssetTypesExecute();
+    void ActionImportExecute();
+    void ActionImportAssetTypesExecute();
     void ActionNewAssetExecute();
     void ViewDetailsExecute();
     void ActionPasteSQLExecute();
@@ -182,6 +184,8 @@ private:
     QAction* ActionAddRow = nullptr;
     QAction* ActionDelete = nullptr;
     QAction* ActionEditAssetTypes = nullptr;
+    QAction* ActionImport = nullptr;
+    QAction* ActionImportAssetTypes = nullptr;
     QAction* ActionNewAsset = nullptr;
     QAction* ActionAddColumn = nullptr;
     QAction* ActionPasteSQL = nullptr;

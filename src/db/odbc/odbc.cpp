@@ -615,6 +615,21 @@ long long Connection::execute(const QString& sql) {
     return statement.rowsAffected();
 }
 
+namespace {
+
+constexpr qsizetype CatalogNameCapacity = 1024;
+
+// A name from a catalog column bound as wide text of CatalogNameCapacity characters.
+QString boundName(const std::vector<SQLWCHAR>& buffer, SQLLEN indicator) {
+    const auto* text = utf16(buffer.data());
+    return QString::fromUtf16(text, indicator == SQL_NO_TOTAL ||
+                                            indicator > SQLLEN(CatalogNameCapacity * 2)
+                                        ? std::find(text, text + CatalogNameCapacity, u'\0') - text
+                                        : textLength(text, indicator, CatalogNameCapacity));
+}
+
+} // namespace
+
 QStringList Connection::tableNames() const {
     const ConnectionState& state = openState(m_state, "SQLTables");
     Handle<SQL_HANDLE_STMT> statement(state.handle(), SQL_HANDLE_DBC,
@@ -628,21 +643,42 @@ QStringList Connection::tableNames() const {
                      catalog.isEmpty() ? 0 : SQL_NTS, nullptr, 0, nullptr, 0, sqlText(tableType),
                      SQL_NTS),
           SQL_HANDLE_STMT, handle, "SQLTables");
-    constexpr qsizetype Capacity = 1024;
-    std::vector<SQLWCHAR> name(Capacity + 1, 0);
+    std::vector<SQLWCHAR> name(CatalogNameCapacity + 1, 0);
     SQLLEN indicator = 0;
     check(SQLBindCol(handle, 3, SQL_C_WCHAR, name.data(), SQLLEN(name.size() * sizeof(SQLWCHAR)),
                      &indicator),
           SQL_HANDLE_STMT, handle, "SQLBindCol");
     QStringList names;
     while (check(SQLFetch(handle), SQL_HANDLE_STMT, handle, "SQLFetch") != SQL_NO_DATA)
-        if (indicator != SQL_NULL_DATA) {
-            const auto* text = utf16(name.data());
-            names << QString::fromUtf16(text, indicator == SQL_NO_TOTAL ||
-                                                      indicator > SQLLEN(Capacity * 2)
-                                                  ? std::find(text, text + Capacity, u'\0') - text
-                                                  : textLength(text, indicator, Capacity));
-        }
+        if (indicator != SQL_NULL_DATA)
+            names << boundName(name, indicator);
+    return names;
+}
+
+QStringList Connection::columnsWithDefaults(const QString& table) const {
+    const ConnectionState& state = openState(m_state, "SQLColumns");
+    Handle<SQL_HANDLE_STMT> statement(state.handle(), SQL_HANDLE_DBC,
+                                      "SQLAllocHandle(SQL_HANDLE_STMT)");
+    const SQLHSTMT handle = statement.get();
+    const QString catalog = currentCatalog(state);
+    check(SQLColumnsW(handle, catalog.isEmpty() ? nullptr : sqlText(catalog),
+                      catalog.isEmpty() ? 0 : SQL_NTS, nullptr, 0, sqlText(table), SQL_NTS, nullptr,
+                      0),
+          SQL_HANDLE_STMT, handle, "SQLColumns");
+    std::vector<SQLWCHAR> name(CatalogNameCapacity + 1, 0);
+    std::vector<SQLWCHAR> defaultValue(CatalogNameCapacity + 1, 0);
+    SQLLEN nameIndicator = 0;
+    SQLLEN defaultIndicator = 0;
+    check(SQLBindCol(handle, 4, SQL_C_WCHAR, name.data(), SQLLEN(name.size() * sizeof(SQLWCHAR)),
+                     &nameIndicator),
+          SQL_HANDLE_STMT, handle, "SQLBindCol");
+    check(SQLBindCol(handle, 13, SQL_C_WCHAR, defaultValue.data(),
+                     SQLLEN(defaultValue.size() * sizeof(SQLWCHAR)), &defaultIndicator),
+          SQL_HANDLE_STMT, handle, "SQLBindCol");
+    QStringList names;
+    while (check(SQLFetch(handle), SQL_HANDLE_STMT, handle, "SQLFetch") != SQL_NO_DATA)
+        if (nameIndicator != SQL_NULL_DATA && defaultIndicator != SQL_NULL_DATA)
+            names << boundName(name, nameIndicator);
     return names;
 }
 
@@ -1145,6 +1181,13 @@ void Statement::bindText(int index, const QString& value) {
                                   SQLLEN(parameter.text.size() * sizeof(SQLWCHAR)),
                                   &parameter.indicator),
                  "SQLBindParameter");
+}
+
+void Statement::bindUtf8(int index, const QByteArray& utf8) {
+    if (m_impl->connection->narrowParameters)
+        bindNarrowText(index, utf8);
+    else
+        bindText(index, QString::fromUtf8(utf8));
 }
 
 void Statement::bindNarrowText(int index, const QByteArray& utf8) {

@@ -122,6 +122,8 @@ public:
 
     // Names of the user's tables (type TABLE; no system tables).
     QStringList tableNames() const;
+    // Names of the table's columns that have a default value, as the catalog tells them.
+    QStringList columnsWithDefaults(const QString& table) const;
 
     std::shared_ptr<ConnectionState> state() const { return m_state; }
 
@@ -143,6 +145,8 @@ public:
     // Parameters are numbered from 1, as in ODBC. Bound values are copied.
     void bindText(int index, const QString& value);
     void bindNull(int index);
+    // Text already in UTF-8: handed over as it is where the driver takes UTF-8.
+    void bindUtf8(int index, const QByteArray& utf8);
     // Typed values, for columns whose type the driver will not take text for. A NULL of a
     // column's type.
     void bindInteger(int index, qint64 value);
