@@ -3,6 +3,7 @@
 #include "core/conversions.h"
 #include "translation/translate.h"
 
+#include <QElapsedTimer>
 #include <QTime>
 
 #include <algorithm>
@@ -789,8 +790,24 @@ QDate StrToDate(const QString& text, const DateSettings& settings, int reference
     return *date;
 }
 
+namespace {
+
+// The clock's year, read again at most once a minute: reading the date looks the time
+// zone up, which costs more than reading a date from text.
+int currentYear() {
+    thread_local QElapsedTimer age;
+    thread_local int year = 0;
+    if (!age.isValid() || age.elapsed() > 60000) {
+        year = QDate::currentDate().year();
+        age.start();
+    }
+    return year;
+}
+
+} // namespace
+
 QDate StrToDate(const QString& text, const DateSettings& settings) {
-    return StrToDate(text, settings, QDate::currentDate().year());
+    return StrToDate(text, settings, currentYear());
 }
 
 QDate StrToDate(const QString& text) {
