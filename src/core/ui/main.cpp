@@ -11,6 +11,7 @@
 #include "core/log.h"
 #include "core/registry.h"
 #include "core/ui/about.h"
+#include "core/ui/hourglass.h"
 #include "core/ui/messages.h"
 #include "core/ui/preferences.h"
 #include "db/parameters.h"
@@ -20,6 +21,7 @@
 #include "db/ui/sqlwizardclient.h"
 #include "db/ui/statementrunner.h"
 #include "schema/schemacreation.h"
+#include "schema/ui/columnchange.h"
 #include "translation/translate.h"
 
 #include <QAction>
@@ -47,23 +49,6 @@ const char* const EndBanner = "                     Program terminated          
 
 constexpr auto WindowKey = "Window";
 constexpr int WindowBufferLength = 4096;
-
-// Restores the normal cursor on every way out of a long operation.
-class HourglassCursor {
-public:
-    HourglassCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~HourglassCursor() { QApplication::restoreOverrideCursor(); }
-    HourglassCursor(const HourglassCursor&) = delete;
-    HourglassCursor& operator=(const HourglassCursor&) = delete;
-};
-
-// Logging inside an error handler must not raise a second error.
-void logQuietly(const QString& message) {
-    try {
-        core::LogLine(message);
-    } catch (const std::exception&) {
-    }
-}
 
 QString readLastConnection(const char* valueName, const QString& current) {
     QString value;
@@ -151,7 +136,7 @@ TfmMain::~TfmMain() {
     if (m_details)
         m_details->disconnect(this);
     ViewQuery->close();
-    logQuietly(QLatin1String(EndBanner));
+    core::LogLineQuietly(QLatin1String(EndBanner));
 }
 
 QAction* TfmMain::createAction(const char* name, const QString& caption, const QString& hint) {
@@ -195,6 +180,10 @@ void TfmMain::createActions() {
     connect(ActionNewAsset, &QAction::triggered, this, &TfmMain::ActionNewAssetExecute);
     ActionAddColumn = createAction("ActionAddColumn", QStringLiteral("Add &Column..."),
                                    QStringLiteral("Add a new column into ASSETS table"));
+    connect(ActionAddColumn, &QAction::triggered, this, &TfmMain::ActionAddColumnExecute);
+    ActionDeleteColumn = createAction("ActionDeleteColumn", QStringLiteral("&Delete Column..."),
+                                      QStringLiteral("Delete a column from the ASSETS table"));
+    connect(ActionDeleteColumn, &QAction::triggered, this, &TfmMain::ActionDeleteColumnExecute);
 
     ActionPasteSQL = createAction("ActionPasteSQL", QStringLiteral("&Paste SQL"),
                                   QStringLiteral("Replace the SQL with the clipboard text"));
@@ -219,6 +208,9 @@ void TfmMain::createActions() {
     query->addAction(ActionExecute);
     query->addAction(ActionPasteSQL);
     query->addAction(ActionSQLWizard);
+    query->addSeparator();
+    query->addAction(ActionAddColumn);
+    query->addAction(ActionDeleteColumn);
     QMenu* view = menuBar()->addMenu(Translate(QStringLiteral("&View")));
     view->addAction(ViewDetails);
     view->addAction(ViewEditForm);
@@ -385,7 +377,7 @@ void TfmMain::processTableDefinition(const QString& path) {
         schema::ProcessTableDefinitionFile(ASSETS.connection(), ASSETS.dialect(), path);
     } catch (const std::exception& error) {
         const QString message = QString::fromUtf8(error.what());
-        logQuietly(message);
+        core::LogLineQuietly(message);
         ShowError(this, Translate(QStringLiteral("Table Creation Error")), message);
     }
 }
@@ -662,7 +654,7 @@ qint64 TfmMain::DispatchCommand(int command, const QVariant& argument) {
             return ASSETS.connection().execute(argument.toString());
         } catch (const std::exception& error) {
             m_lastCommandError = QString::fromUtf8(error.what());
-            logQuietly(m_lastCommandError);
+            core::LogLineQuietly(m_lastCommandError);
             return -1;
         }
     case core::CMD_SYNC_EDITOR:
@@ -706,7 +698,7 @@ void TfmMain::copyDetailsIntoFields() {
 }
 
 void TfmMain::reportError(const QString& message) {
-    logQuietly(message);
+    core::LogLineQuietly(message);
     ShowError(this, Translate(QStringLiteral("Error")), message);
 }
 
@@ -724,8 +716,8 @@ void TfmMain::updateActions() {
     ActionNewAsset->setEnabled(open);
     ActionEditAssetTypes->setEnabled(open);
     ActionDelete->setEnabled(assetQuery);
-    // The add-column wizard is not part of this version.
-    ActionAddColumn->setEnabled(false);
+    ActionAddColumn->setEnabled(assetQuery);
+    ActionDeleteColumn->setEnabled(assetQuery);
 }
 
 QString TfmMain::statusText() const {
@@ -782,16 +774,36 @@ void TfmMain::ActionDeleteExecute() {
         openEditor();
 }
 
-// The editor's tables are closed while the types change under it.
-void TfmMain::ActionEditAssetTypesExecute() {
+void TfmMain::withEditorClosed(const std::function<void()>& work) {
     const bool editorWasShown = editorShown();
     if (editorWasShown)
         closeEditor();
-    TAssetTypeListForm manager(ASSETS.connection(), *this, this);
-    manager.SetManagerMode();
-    manager.exec();
+    work();
     if (editorWasShown)
         openEditor();
+}
+
+// The editor's tables are closed while the types change under it.
+void TfmMain::ActionEditAssetTypesExecute() {
+    withEditorClosed([this] {
+        TAssetTypeListForm manager(ASSETS.connection(), *this, this);
+        manager.SetManagerMode();
+        manager.exec();
+    });
+}
+
+// The editor is built again afterwards, so that its user-field page shows the columns as
+// they are now.
+void TfmMain::ActionAddColumnExecute() {
+    withEditorClosed([this] { ExecuteAddColumn(columnChangeHost()); });
+}
+
+void TfmMain::ActionDeleteColumnExecute() {
+    withEditorClosed([this] { ExecuteDeleteColumn(columnChangeHost()); });
+}
+
+ColumnChangeHost TfmMain::columnChangeHost() {
+    return {this, ASSETS.connection(), ASSETS.dialect(), *this, [this] { RunQuery(); }};
 }
 
 void TfmMain::ActionNewAssetExecute() {

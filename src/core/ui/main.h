@@ -25,6 +25,7 @@ class TDetailsForm;
 class TEditForm;
 class TGridForm;
 class TStatementRunner;
+struct ColumnChangeHost;
 
 // The main window. Its creation runs the whole start-up: preferences, command line,
 // log banner, connection, schema creation, asset-type import and the first query.
@@ -132,6 +133,11 @@ private:
     void ActionDeleteExecute();
     void ActionEditAssetTypesExecute();
     void ActionNewAssetExecute();
+    void ActionAddColumnExecute();
+    void ActionDeleteColumnExecute();
+    // Closes the record editor while `work` changes what it shows, then opens it again.
+    void withEditorClosed(const std::function<void()>& work);
+    ColumnChangeHost columnChangeHost();
     void ViewDetailsExecute();
     void ActionPasteSQLExecute();
     void ActionSQLWizardExecute();
@@ -184,6 +190,7 @@ private:
     QAction* ActionEditAssetTypes = nullptr;
     QAction* ActionNewAsset = nullptr;
     QAction* ActionAddColumn = nullptr;
+    QAction* ActionDeleteColumn = nullptr;
     QAction* ActionPasteSQL = nullptr;
     QAction* ActionSQLWizard = nullptr;
     QAction* ActionHelpContents = nullptr;
