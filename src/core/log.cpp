@@ -133,4 +133,11 @@ void LogLine(const QString& message) {
     LogLine(message.toLocal8Bit().constData());
 }
 
+void LogLineQuietly(const QString& message) noexcept {
+    try {
+        LogLine(message);
+    } catch (const std::exception&) {
+    }
+}
+
 } // namespace core

@@ -20,6 +20,8 @@ namespace core {
 // reported through the failure handler.
 void LogLine(const char* message);
 void LogLine(const QString& message);
+// For error handlers: a log that cannot be written must not hide the error's own message.
+void LogLineQuietly(const QString& message) noexcept;
 
 constexpr qsizetype MaxPendingLogBytes = 1024 * 1024;
 

@@ -32,6 +32,19 @@ QString AddColumnStatement(const QString& tableName, const QString& columnDefini
     return statement + columnDefinition;
 }
 
+QString QuotedIdentifier(const QString& name, db::DatabaseDialect dialect) {
+    switch (dialect) {
+    case db::DatabaseDialect::Access:
+    case db::DatabaseDialect::SqlServer:
+        return QLatin1Char('[') + name + QLatin1Char(']');
+    case db::DatabaseDialect::Oracle:
+        return QLatin1Char('"') + name + QLatin1Char('"');
+    case db::DatabaseDialect::Default:
+        break;
+    }
+    return name;
+}
+
 QString ExecutableStatementText(const QString& statement) {
     QString text = statement;
     for (QChar& c : text)

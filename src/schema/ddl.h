@@ -34,6 +34,10 @@ QString CreateTableStatement(const QString& tableName, const QStringList& column
 QString AddColumnStatement(const QString& tableName, const QString& columnDefinition,
                            db::DatabaseDialect dialect);
 
+// A name quoted for the dialect: [name] for Access and SqlServer, "name" for Oracle, bare
+// for Default.
+QString QuotedIdentifier(const QString& name, db::DatabaseDialect dialect);
+
 // The text sent to the database for a schema statement: every CR, LF and TAB becomes a blank.
 QString ExecutableStatementText(const QString& statement);
 

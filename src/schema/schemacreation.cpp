@@ -20,8 +20,9 @@ bool containsName(const QStringList& names, const QString& name) {
     return names.contains(name, Qt::CaseInsensitive);
 }
 
-// The field names of a table, learned by opening it with at most one row.
-QStringList fieldNamesOf(db::odbc::Connection& connection, const QString& tableName) {
+} // namespace
+
+QStringList FieldNamesOf(db::odbc::Connection& connection, const QString& tableName) {
     db::odbc::Statement statement(connection);
     statement.setMaxRows(1);
     statement.executeDirect(QStringLiteral("SELECT * FROM ") + tableName);
@@ -31,8 +32,6 @@ QStringList fieldNamesOf(db::odbc::Connection& connection, const QString& tableN
     statement.close();
     return names;
 }
-
-} // namespace
 
 void ExecuteSchemaStatement(db::odbc::Connection& connection, const QString& statement) {
     core::LogLine(QStringLiteral("...Query:\n") + statement);
@@ -45,7 +44,7 @@ bool VerifyOrCreateTable(db::odbc::Connection& connection, db::DatabaseDialect d
     try {
         if (containsName(existing, tableName)) {
             core::LogLine(QStringLiteral("...verifying table: ") + tableName);
-            const QStringList fields = fieldNamesOf(connection, tableName);
+            const QStringList fields = FieldNamesOf(connection, tableName);
             for (const QString& definition : columnDefinitions)
                 if (!containsName(fields, ColumnNameOf(definition)))
                     ExecuteSchemaStatement(connection,

@@ -25,6 +25,9 @@ void ProcessTableDefinitionFile(db::odbc::Connection& connection, db::DatabaseDi
 bool VerifyOrCreateTable(db::odbc::Connection& connection, db::DatabaseDialect dialect,
                          const QString& tableName, const QStringList& columnDefinitions);
 
+// The field names of a table, learned by opening it for at most one row.
+QStringList FieldNamesOf(db::odbc::Connection& connection, const QString& tableName);
+
 // Logs the statement and runs it as one plain statement; errors are thrown.
 void ExecuteSchemaStatement(db::odbc::Connection& connection, const QString& statement);
 

@@ -47,15 +47,6 @@ QString& lastStatusText() {
     return text;
 }
 
-// A failed database statement goes to the activity log; a log that cannot be written
-// must not hide the failure's own message.
-void logQuietly(const QString& message) {
-    try {
-        core::LogLine(message);
-    } catch (const std::exception&) {
-    }
-}
-
 QString layoutKey() {
     return QString::fromLatin1(assets::GridLayoutKey);
 }
@@ -215,7 +206,7 @@ void TGridForm::DeleteSelectedRecords(db::odbc::Connection& connection) {
     } catch (const std::exception& error) {
         const QString message = QString::fromUtf8(error.what());
         if (!dynamic_cast<const assets::RemovalError*>(&error))
-            logQuietly(message);
+            core::LogLineQuietly(message);
         ShowMessage(this, QMessageBox::Warning, Translate(QStringLiteral("Error")), message);
         return;
     }

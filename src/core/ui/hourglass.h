@@ -4,7 +4,8 @@
 
 namespace ui {
 
-// The hourglass cursor for a long operation, restored on every way out of it.
+// Shows the hourglass cursor for a long operation and restores the previous one on every
+// way out of it.
 class HourglassCursor {
 public:
     HourglassCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }

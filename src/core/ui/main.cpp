@@ -22,6 +22,7 @@
 #include "db/ui/statementrunner.h"
 #include "interchange/ui/import.h"
 #include "schema/schemacreation.h"
+#include "schema/ui/columnchange.h"
 #include "translation/translate.h"
 
 #include <QAction>
@@ -49,14 +50,6 @@ const char* const EndBanner = "                     Program terminated          
 
 constexpr auto WindowKey = "Window";
 constexpr int WindowBufferLength = 4096;
-
-// Logging inside an error handler must not raise a second error.
-void logQuietly(const QString& message) {
-    try {
-        core::LogLine(message);
-    } catch (const std::exception&) {
-    }
-}
 
 QString readLastConnection(const char* valueName, const QString& current) {
     QString value;
@@ -144,7 +137,7 @@ TfmMain::~TfmMain() {
     if (m_details)
         m_details->disconnect(this);
     ViewQuery->close();
-    logQuietly(QLatin1String(EndBanner));
+    core::LogLineQuietly(QLatin1String(EndBanner));
 }
 
 QAction* TfmMain::createAction(const char* name, const QString& caption, const QString& hint) {
@@ -188,6 +181,10 @@ void TfmMain::createActions() {
     connect(ActionNewAsset, &QAction::triggered, this, &TfmMain::ActionNewAssetExecute);
     ActionAddColumn = createAction("ActionAddColumn", QStringLiteral("Add &Column..."),
                                    QStringLiteral("Add a new column into ASSETS table"));
+    connect(ActionAddColumn, &QAction::triggered, this, &TfmMain::ActionAddColumnExecute);
+    ActionDeleteColumn = createAction("ActionDeleteColumn", QStringLiteral("&Delete Column..."),
+                                      QStringLiteral("Delete a column from the ASSETS table"));
+    connect(ActionDeleteColumn, &QAction::triggered, this, &TfmMain::ActionDeleteColumnExecute);
 
     ActionImport = createAction("ActionImport", QStringLiteral("&Import Assets..."),
                                 QStringLiteral("Import assets from a delimited text file"));
@@ -224,6 +221,9 @@ void TfmMain::createActions() {
     query->addAction(ActionExecute);
     query->addAction(ActionPasteSQL);
     query->addAction(ActionSQLWizard);
+    query->addSeparator();
+    query->addAction(ActionAddColumn);
+    query->addAction(ActionDeleteColumn);
     QMenu* view = menuBar()->addMenu(Translate(QStringLiteral("&View")));
     view->addAction(ViewDetails);
     view->addAction(ViewEditForm);
@@ -390,7 +390,7 @@ void TfmMain::processTableDefinition(const QString& path) {
         schema::ProcessTableDefinitionFile(ASSETS.connection(), ASSETS.dialect(), path);
     } catch (const std::exception& error) {
         const QString message = QString::fromUtf8(error.what());
-        logQuietly(message);
+        core::LogLineQuietly(message);
         ShowError(this, Translate(QStringLiteral("Table Creation Error")), message);
     }
 }
@@ -672,7 +672,7 @@ qint64 TfmMain::DispatchCommand(int command, const QVariant& argument) {
             return ASSETS.connection().execute(argument.toString());
         } catch (const std::exception& error) {
             m_lastCommandError = QString::fromUtf8(error.what());
-            logQuietly(m_lastCommandError);
+            core::LogLineQuietly(m_lastCommandError);
             return -1;
         }
     case core::CMD_SYNC_EDITOR:
@@ -716,7 +716,7 @@ void TfmMain::copyDetailsIntoFields() {
 }
 
 void TfmMain::reportError(const QString& message) {
-    logQuietly(message);
+    core::LogLineQuietly(message);
     ShowError(this, Translate(QStringLiteral("Error")), message);
 }
 
@@ -736,8 +736,8 @@ void TfmMain::updateActions() {
     ActionDelete->setEnabled(assetQuery);
     ActionImport->setEnabled(assetQuery && m_grid);
     ActionImportAssetTypes->setEnabled(open);
-    // The add-column wizard is not part of this version.
-    ActionAddColumn->setEnabled(false);
+    ActionAddColumn->setEnabled(assetQuery);
+    ActionDeleteColumn->setEnabled(assetQuery);
 }
 
 QString TfmMain::statusText() const {
@@ -794,43 +794,57 @@ void TfmMain::ActionDeleteExecute() {
         openEditor();
 }
 
-// The editor's tables are closed while the types change under it.
-void TfmMain::ActionEditAssetTypesExecute() {
+void TfmMain::withEditorClosed(const std::function<void()>& work) {
     const bool editorWasShown = editorShown();
     if (editorWasShown)
         closeEditor();
-    TAssetTypeListForm manager(ASSETS.connection(), *this, this);
-    manager.SetManagerMode();
-    manager.exec();
+    work();
     if (editorWasShown)
         openEditor();
 }
 
 // The editor's tables are closed while the import writes, and opened again afterwards.
 void TfmMain::ActionImportExecute() {
-    const bool editorWasShown = editorShown();
-    if (editorWasShown)
-        closeEditor();
-    const std::optional<interchange::ImportResult> result =
-        interchange::ui::ImportWithDialog(this, StatusBar, ASSETS.connection(), false);
-    if (result) {
-        RunQuery();
-        SetStatusText(result->message);
-    }
-    if (editorWasShown)
-        openEditor();
+    withEditorClosed([this] {
+        const std::optional<interchange::ImportResult> result =
+            interchange::ui::ImportWithDialog(this, StatusBar, ASSETS.connection(), false);
+        if (result) {
+            RunQuery();
+            SetStatusText(result->message);
+        }
+    });
 }
 
 void TfmMain::ActionImportAssetTypesExecute() {
-    const bool editorWasShown = editorShown();
-    if (editorWasShown)
-        closeEditor();
-    const std::optional<interchange::ImportResult> result =
-        interchange::ui::ImportWithDialog(this, StatusBar, ASSETS.connection(), true);
-    if (result)
-        SetStatusText(result->message);
-    if (editorWasShown)
-        openEditor();
+    withEditorClosed([this] {
+        const std::optional<interchange::ImportResult> result =
+            interchange::ui::ImportWithDialog(this, StatusBar, ASSETS.connection(), true);
+        if (result)
+            SetStatusText(result->message);
+    });
+}
+
+// The editor's tables are closed while the types change under it.
+void TfmMain::ActionEditAssetTypesExecute() {
+    withEditorClosed([this] {
+        TAssetTypeListForm manager(ASSETS.connection(), *this, this);
+        manager.SetManagerMode();
+        manager.exec();
+    });
+}
+
+// The editor is built again afterwards, so that its user-field page shows the columns as
+// they are now.
+void TfmMain::ActionAddColumnExecute() {
+    withEditorClosed([this] { ExecuteAddColumn(columnChangeHost()); });
+}
+
+void TfmMain::ActionDeleteColumnExecute() {
+    withEditorClosed([this] { ExecuteDeleteColumn(columnChangeHost()); });
+}
+
+ColumnChangeHost TfmMain::columnChangeHost() {
+    return {this, ASSETS.connection(), ASSETS.dialect(), *this, [this] { RunQuery(); }};
 }
 
 void TfmMain::ActionNewAssetExecute() {

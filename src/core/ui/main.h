@@ -25,6 +25,7 @@ class TDetailsForm;
 class TEditForm;
 class TGridForm;
 class TStatementRunner;
+struct ColumnChangeHost;
 
 // The main window. Its creation runs the whole start-up: preferences, command line,
 // log banner, connection, schema creation, asset-type import and the first query.
@@ -134,6 +135,11 @@ private:
     void ActionImportExecute();
     void ActionImportAssetTypesExecute();
     void ActionNewAssetExecute();
+    void ActionAddColumnExecute();
+    void ActionDeleteColumnExecute();
+    // Closes the record editor while `work` changes what it shows, then opens it again.
+    void withEditorClosed(const std::function<void()>& work);
+    ColumnChangeHost columnChangeHost();
     void ViewDetailsExecute();
     void ActionPasteSQLExecute();
     void ActionSQLWizardExecute();
@@ -188,6 +194,7 @@ private:
     QAction* ActionImportAssetTypes = nullptr;
     QAction* ActionNewAsset = nullptr;
     QAction* ActionAddColumn = nullptr;
+    QAction* ActionDeleteColumn = nullptr;
     QAction* ActionPasteSQL = nullptr;
     QAction* ActionSQLWizard = nullptr;
     QAction* ActionHelpContents = nullptr;
