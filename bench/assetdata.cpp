@@ -319,8 +319,12 @@ Timing runProgram(const QString& program, const QStringList& arguments, const QS
     if (!process.waitForStarted(30000))
         throw std::runtime_error(program.toStdString() + " did not start");
     const qint64 pid = process.processId();
-    if (!input.isEmpty())
+    // The input must be written before waiting in wait4, which runs no event loop.
+    if (!input.isEmpty()) {
         process.write(input);
+        while (process.bytesToWrite() > 0 && process.waitForBytesWritten(30000)) {
+        }
+    }
     process.closeWriteChannel();
     int status = 0;
     rusage usage{};

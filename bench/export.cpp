@@ -2,7 +2,7 @@
 //
 //   export --sqlite-dsn NAME --sqlite-db PATH --pg-dsn NAME --pg-port PORT [--rows N]
 //          [--rounds N] [--folder DIR]
-//   export --export-only --dsn NAME --file PATH
+//   export --export-only --dsn NAME --file PATH [--peak-file PATH]
 //
 // Fills ASSETS in both data sources with N generated rows (1,000,000 unless told; a table
 // that already holds exactly N rows is kept), then, for each, alternating for the given
@@ -16,7 +16,8 @@
 // The asset file exported from SQLite stays in the folder as bench-assets-sqlite.txt.
 //
 // --export-only exports every asset once into the file, in an offscreen main window with
-// its status bar, as the Export command does, and prints the count.
+// its status bar, as the Export command does; --peak-file receives its peak resident
+// memory in bytes.
 
 #include "interchange/export.h"
 #include "assetdata.h"
@@ -50,7 +51,7 @@ void say(const QString& text) {
 
 // The export as the main window runs it: a result with an ID field in the grid, every
 // record of ASSETS to the file.
-int exportOnce(const QString& dsn, const QString& fileName) {
+int exportOnce(const QString& dsn, const QString& fileName, const QString& peakFile) {
     db::odbc::Connection connection;
     connection.open(QStringLiteral("DSN=%1").arg(dsn));
     assets::ResultTableModel grid;
@@ -67,6 +68,10 @@ int exportOnce(const QString& dsn, const QString& fileName) {
     interchange::ui::StatusProgress progress(&window, statusLine);
     interchange::ExportAssets(connection, fileName, QStringLiteral(";"), nullptr, true, &grid, {},
                               progress);
+    // The parent cannot tell this: a child's ru_maxrss starts from the parent's own peak.
+    QFile peak(peakFile);
+    if (!peakFile.isEmpty() && peak.open(QIODevice::WriteOnly))
+        peak.write(QByteArray::number(statusBytes("VmHWM")));
     return ui::ErrorWasShown() ? 1 : 0;
 }
 
@@ -96,6 +101,10 @@ struct Best {
 };
 
 struct DatabaseRun {
+    DatabaseRun(QString label, QString dsn, QString cliName,
+                std::function<Timing(const QString& file)> cli)
+        : label(std::move(label)), dsn(std::move(dsn)), cliName(std::move(cliName)),
+          cli(std::move(cli)) {}
     QString label;
     QString dsn;
     QString cliName;
@@ -117,14 +126,21 @@ void measure(DatabaseRun& run, int rounds, qint64 rowCount, const QString& folde
     const QString file =
         QDir(folder).filePath(QStringLiteral("bench-assets-%1.txt").arg(run.label));
     for (int round = 1; round <= rounds; ++round) {
-        const Timing peer = run.cli(file);
+        // A child's ru_maxrss counts this process's image before exec: not shown.
+        Timing peer = run.cli(file);
+        peer.peakRssBytes = 0;
         run.peer.add(peer);
-        const Timing isql =
+        Timing isql =
             runIsql(QStringLiteral("isql"), run.dsn, QStringLiteral("select * from ASSETS"), file);
+        isql.peakRssBytes = 0;
         run.isql.add(isql);
-        const Timing ours =
-            runProgram(self, {QStringLiteral("--export-only"), QStringLiteral("--dsn"), run.dsn,
-                              QStringLiteral("--file"), file});
+        const QString peakFile = file + QStringLiteral(".peak");
+        Timing ours = runProgram(self, {QStringLiteral("--export-only"), QStringLiteral("--dsn"),
+                                        run.dsn, QStringLiteral("--file"), file,
+                                        QStringLiteral("--peak-file"), peakFile});
+        QFile peak(peakFile);
+        ours.peakRssBytes = peak.open(QIODevice::ReadOnly) ? peak.readAll().toLongLong() : -1;
+        QFile::remove(peakFile);
         run.ours.add(ours);
         const qint64 lines = lineCount(file);
         if (lines != rowCount + 1)
@@ -147,7 +163,7 @@ void measure(DatabaseRun& run, int rounds, qint64 rowCount, const QString& folde
 int usage() {
     std::fprintf(stderr, "usage: export --sqlite-dsn NAME --sqlite-db PATH --pg-dsn NAME "
                          "--pg-port PORT [--rows N] [--rounds N] [--folder DIR]\n"
-                         "       export --export-only --dsn NAME --file PATH\n");
+                         "       export --export-only --dsn NAME --file PATH [--peak-file PATH]\n");
     return 2;
 }
 
@@ -157,7 +173,7 @@ int main(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    QString sqliteDsn, sqliteDb, pgDsn, pgPort, dsn, file;
+    QString sqliteDsn, sqliteDb, pgDsn, pgPort, dsn, file, peakFile;
     QString folder = QDir::tempPath();
     qint64 rowCount = 1000000;
     int rounds = 2;
@@ -173,6 +189,7 @@ int main(int argc, char** argv) {
                          : argument == QLatin1String("--dsn")       ? &dsn
                          : argument == QLatin1String("--file")      ? &file
                          : argument == QLatin1String("--folder")    ? &folder
+                         : argument == QLatin1String("--peak-file") ? &peakFile
                                                                     : nullptr;
         if (value)
             *value = next, ++index;
@@ -187,7 +204,7 @@ int main(int argc, char** argv) {
     }
     try {
         if (exportOnly)
-            return dsn.isEmpty() || file.isEmpty() ? usage() : exportOnce(dsn, file);
+            return dsn.isEmpty() || file.isEmpty() ? usage() : exportOnce(dsn, file, peakFile);
         if (sqliteDsn.isEmpty() || sqliteDb.isEmpty() || pgDsn.isEmpty() || pgPort.isEmpty() ||
             rowCount <= 0)
             return usage();
