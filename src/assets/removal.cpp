@@ -23,13 +23,17 @@ QString RemovalStatement(const ResultTableModel* result, bool removeAll,
     QString statement = QStringLiteral("delete from ASSETS");
     if (removeAll)
         return statement;
+    if (rows.empty())
+        refuse(QStringLiteral("No records have been selected"));
+    return statement + QStringLiteral(" where ID in (") + BareIdList(*result, idField, rows) +
+           QLatin1Char(')');
+}
+
+QString BareIdList(const ResultTableModel& result, int idField, const std::vector<int>& rows) {
     QStringList keys;
     for (const int row : rows)
-        keys << QString::fromUtf8(result->value(row, idField));
-    if (keys.isEmpty())
-        refuse(QStringLiteral("No records have been selected"));
-    return statement + QStringLiteral(" where ID in (") + keys.join(QStringLiteral(", ")) +
-           QLatin1Char(')');
+        keys << QString::fromUtf8(result.value(row, idField));
+    return keys.join(QStringLiteral(", "));
 }
 
 } // namespace assets

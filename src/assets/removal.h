@@ -26,4 +26,8 @@ public:
 QString RemovalStatement(const ResultTableModel* result, bool removeAll,
                          const std::vector<int>& rows);
 
+// The values of field `idField` in the given grid rows, in that order, joined by ", " and
+// never quoted: "4, 9, 12".
+QString BareIdList(const ResultTableModel& result, int idField, const std::vector<int>& rows);
+
 } // namespace assets

@@ -37,4 +37,12 @@ QString InterchangeSettingsKey(bool typesMode) {
     return typesMode ? QStringLiteral("TypesExportImport") : QStringLiteral("ExportImport");
 }
 
+QString FileDialogFilter(const QString& namesAndPatterns) {
+    const QStringList pieces = namesAndPatterns.split(QLatin1Char('|'));
+    QStringList filters;
+    for (qsizetype index = 0; index + 1 < pieces.size(); index += 2)
+        filters << QStringLiteral("%1 (%2)").arg(pieces[index], pieces[index + 1]);
+    return filters.join(QStringLiteral(";;"));
+}
+
 } // namespace interchange

@@ -21,4 +21,8 @@ int ItemOfDelimiter(const QString& delimiter);
 // proposes the file and delimiter the other used last.
 QString InterchangeSettingsKey(bool typesMode);
 
+// A file chooser's filter written as "Text files|*.txt|All Files|*.*" (name and
+// pattern in turn) in the form the file dialog takes: "Text files (*.txt);;All Files (*.*)".
+QString FileDialogFilter(const QString& namesAndPatterns);
+
 } // namespace interchange

@@ -3,6 +3,7 @@
 #include "assets/dataset.h"
 #include "assets/resulttablemodel.h"
 #include "assets/sortkeys.h"
+#include "interchange/html.h"
 
 #include <QCoreApplication>
 #include <QHeaderView>
@@ -16,7 +17,9 @@
 #include <QToolTip>
 
 #include <algorithm>
+#include <numeric>
 #include <optional>
+#include <set>
 
 namespace ui {
 
@@ -445,6 +448,20 @@ std::vector<int> TDBGridRange::SelectedRows() const {
     return rows;
 }
 
+std::vector<int> TDBGridRange::SelectedRowsInSelectionOrder() const {
+    std::vector<int> rows;
+    if (!selectionModel())
+        return rows;
+    std::set<int> seen;
+    for (const QItemSelectionRange& range : selectionModel()->selection()) {
+        for (int row = range.top(); range.isValid() && row <= range.bottom(); ++row) {
+            if (seen.insert(row).second)
+                rows.push_back(row);
+        }
+    }
+    return rows;
+}
+
 void TDBGridRange::ClearSelection() {
     if (selectionModel())
         selectionModel()->clearSelection();
@@ -713,6 +730,72 @@ void TDBGridRange::TitleClick(int column) {
     if (m_titlePressModifiers.testFlag(Qt::ShiftModifier) && rangeApplies())
         return;
     Q_EMIT titleClicked(column);
+}
+
+QRect TDBGridRange::CellRect(int column, int row) const {
+    if (!model() || column < 0 || row < 0 || column >= model()->columnCount() ||
+        row >= model()->rowCount() || isColumnHidden(column))
+        return QRect();
+    const QRect cell = visualRect(model()->index(row, column));
+    return cell.intersects(viewport()->rect()) ? cell : QRect();
+}
+
+QString TDBGridRange::ColorToHtmlColor(const QColor& color) {
+    return interchange::ColorToHtmlColor(quint32(color.red()) | quint32(color.green()) << 8 |
+                                         quint32(color.blue()) << 16);
+}
+
+QString TDBGridRange::HTMLHeaderToString() const {
+    QStringList names;
+    for (int column = 0; column < ColumnCount(); ++column)
+        names << ColumnFieldName(column);
+    return interchange::HtmlHeaderRow(names, ColorToHtmlColor(m_htmlFixedColor));
+}
+
+QString TDBGridRange::HTMLBodyToString(bool selectedOnly) const {
+    if (!model())
+        return QString();
+    auto* result = qobject_cast<assets::ResultTableModel*>(model());
+    std::vector<int> rows = selectedOnly ? SelectedRowsInSelectionOrder() : std::vector<int>();
+    if (rows.empty()) {
+        if (result)
+            result->waitForAllRows();
+        rows.resize(size_t(model()->rowCount()));
+        std::iota(rows.begin(), rows.end(), 0);
+    }
+    const QString color = ColorToHtmlColor(m_htmlColor);
+    QString text;
+    for (size_t counter = 0; counter < rows.size(); ++counter) {
+        std::vector<interchange::HtmlCell> cells;
+        for (int column = 0; column < ColumnCount(); ++column) {
+            const int row = rows[counter];
+            const QRect cell = CellRect(int(counter), column);
+            cells.push_back({result ? result->displayText(row, column)
+                                    : model()->index(row, column).data().toString(),
+                             cell.width(), cell.height()});
+        }
+        text += interchange::HtmlBodyRow(cells, color);
+    }
+    return text;
+}
+
+void TDBGridRange::HTMLSaveToFile(const QString& fileName, bool selectedOnly) const {
+    interchange::SaveHtmlText(fileName, interchange::HtmlPage(HTMLHeaderToString(),
+                                                              HTMLBodyToString(selectedOnly),
+                                                              width(), height()));
+}
+
+QString TDBGridRange::HTMLProcessTemplate(const QString& templateFileName,
+                                          const QString& placeholder,
+                                          const QString& replacement) const {
+    return interchange::ProcessHtmlTemplate(templateFileName, placeholder, replacement)
+        .value_or(QString());
+}
+
+void TDBGridRange::HTMLProcessTemplate(const QString& templateFileName,
+                                       const QString& outputFileName, const QString& placeholder,
+                                       const QString& replacement) const {
+    interchange::ProcessHtmlTemplate(templateFileName, outputFileName, placeholder, replacement);
 }
 
 } // namespace ui

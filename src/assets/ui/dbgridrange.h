@@ -56,6 +56,10 @@ public:
     int SelectedRowCount() const;
     // In ascending order.
     std::vector<int> SelectedRows() const;
+    // In the order of the selection list (the selection model's ranges as it lists them,
+    // each from its top row down, each row once): the order in which the user selected
+    // them, a Shift range counting from its top row.
+    std::vector<int> SelectedRowsInSelectionOrder() const;
     void ClearSelection();
 
     // Set when the user scrolled with the vertical scroll bar (or the wheel) since the
@@ -74,6 +78,9 @@ public:
     void SetColumnVisible(int column, bool visible);
     int ColumnWidth(int column) const;
     void SetColumnWidth(int column, int width);
+    // The cell of that column and row, in the viewport's pixels; empty when the cell is
+    // not on screen.
+    QRect CellRect(int column, int row) const;
 
     // Shows the data set's sort column and direction in the column titles.
     void ShowSortIndicator();
@@ -82,6 +89,26 @@ public:
     void setHTMLColor(const QColor& color) { m_htmlColor = color; }
     QColor HTMLFixedColor() const { return m_htmlFixedColor; }
     void setHTMLFixedColor(const QColor& color) { m_htmlFixedColor = color; }
+
+    // HTML output of the grid (see interchange/html.h): "#RRGGBB" of a colour.
+    static QString ColorToHtmlColor(const QColor& color);
+    // The title row: every column's field name, on HTMLFixedColor.
+    QString HTMLHeaderToString() const;
+    // A row per record on HTMLColor, each value as the grid shows it ("&nbsp;" for an
+    // empty one): the selected rows in selection order, or, when none are selected or
+    // `selectedOnly` is false, every row of the result (waiting for all of them). A
+    // cell's WIDTH and HEIGHT are those of CellRect(row counter, column index), the
+    // component's own exchange of column and row.
+    QString HTMLBodyToString(bool selectedOnly) const;
+    // A whole page with the title row and the body rows, replacing the file.
+    void HTMLSaveToFile(const QString& fileName, bool selectedOnly) const;
+    // A template's text with every occurrence of `placeholder` replaced, ignoring case;
+    // a null text when the template does not exist.
+    QString HTMLProcessTemplate(const QString& templateFileName, const QString& placeholder,
+                                const QString& replacement) const;
+    // The same written to a file; nothing is written when the template does not exist.
+    void HTMLProcessTemplate(const QString& templateFileName, const QString& outputFileName,
+                             const QString& placeholder, const QString& replacement) const;
 
 Q_SIGNALS:
     // A click on a column title; not sent for a Shift-click while ranges can be selected.

@@ -171,18 +171,7 @@ void TGridForm::UpdateStatusText() {
 }
 
 std::vector<int> TGridForm::SelectedRowsInSelectionOrder() const {
-    std::vector<int> rows;
-    const QItemSelectionModel* selection = DBGrid->selectionModel();
-    if (!selection)
-        return rows;
-    std::set<int> seen;
-    for (const QItemSelectionRange& range : selection->selection()) {
-        for (int row = range.top(); range.isValid() && row <= range.bottom(); ++row) {
-            if (seen.insert(row).second)
-                rows.push_back(row);
-        }
-    }
-    return rows;
+    return DBGrid->SelectedRowsInSelectionOrder();
 }
 
 void TGridForm::DeleteSelectedRecords(db::odbc::Connection& connection) {

@@ -20,6 +20,8 @@
 #include "db/ui/help.h"
 #include "db/ui/sqlwizardclient.h"
 #include "db/ui/statementrunner.h"
+#include "interchange/ui/exportform.h"
+#include "interchange/ui/htmlreport.h"
 #include "interchange/ui/import.h"
 #include "schema/schemacreation.h"
 #include "schema/ui/columnchange.h"
@@ -209,9 +211,24 @@ void TfmMain::createActions() {
     ActionAbout = createAction("ActionAbout", QStringLiteral("&About..."));
     connect(ActionAbout, &QAction::triggered, this, &TfmMain::ActionAboutExecute);
 
+    ActionExport = createAction("ActionExport", QStringLiteral("&Export..."),
+                                QStringLiteral("Export assets to a delimited file"));
+    connect(ActionExport, &QAction::triggered, this, &TfmMain::ActionExportExecute);
+    ActionExportAssetTypes =
+        createAction("ActionExportAssetTypes", QStringLiteral("Export Asset &Types..."),
+                     QStringLiteral("Export asset types to a delimited file"));
+    connect(ActionExportAssetTypes, &QAction::triggered, this,
+            &TfmMain::ActionExportAssetTypesExecute);
+    ActionSaveHtml = createAction("ActionSaveHtml", QStringLiteral("Save as &HTML..."),
+                                  QStringLiteral("Write the grid as an HTML page"));
+    connect(ActionSaveHtml, &QAction::triggered, this, &TfmMain::ActionSaveHtmlExecute);
+
     QMenu* file = menuBar()->addMenu(Translate(QStringLiteral("&File")));
     file->addAction(ActionImport);
     file->addAction(ActionImportAssetTypes);
+    file->addAction(ActionExport);
+    file->addAction(ActionExportAssetTypes);
+    file->addAction(ActionSaveHtml);
     file->addSeparator();
     file->addAction(ActionPref);
     file->addSeparator();
@@ -738,6 +755,9 @@ void TfmMain::updateActions() {
     ActionImportAssetTypes->setEnabled(open);
     ActionAddColumn->setEnabled(assetQuery);
     ActionDeleteColumn->setEnabled(assetQuery);
+    ActionExport->setEnabled(assetQuery && m_grid);
+    ActionExportAssetTypes->setEnabled(open);
+    ActionSaveHtml->setEnabled(open && m_grid);
 }
 
 QString TfmMain::statusText() const {
@@ -897,6 +917,20 @@ void TfmMain::ActionPrefExecute() {
     ViewQuery->refreshDisplay();
     if (queryIsOpen())
         applyIdColumnVisibility();
+}
+
+void TfmMain::ActionExportExecute() {
+    if (m_grid)
+        interchange::ui::ExportAssetsWithDialog(this, StatusBar, ASSETS.connection(), *m_grid);
+}
+
+void TfmMain::ActionExportAssetTypesExecute() {
+    interchange::ui::ExportAssetTypesWithDialog(this, StatusBar, ASSETS.connection());
+}
+
+void TfmMain::ActionSaveHtmlExecute() {
+    if (m_grid)
+        interchange::ui::SaveGridAsHtml(this, *m_grid->Grid());
 }
 
 void TfmMain::setAboutForm(TAboutForm* aboutForm) {

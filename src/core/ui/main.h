@@ -145,6 +145,9 @@ private:
     void ActionSQLWizardExecute();
     void ActionHelpContentsExecute();
     void ActionPrefExecute();
+    void ActionExportExecute();
+    void ActionExportAssetTypesExecute();
+    void ActionSaveHtmlExecute();
     void ActionAboutExecute();
 
     QString m_dataSourceName;
@@ -199,6 +202,9 @@ private:
     QAction* ActionSQLWizard = nullptr;
     QAction* ActionHelpContents = nullptr;
     QAction* ActionPref = nullptr;
+    QAction* ActionExport = nullptr;
+    QAction* ActionExportAssetTypes = nullptr;
+    QAction* ActionSaveHtml = nullptr;
     QAction* ActionAbout = nullptr;
 };
 
