@@ -154,7 +154,7 @@ start_mariadb() {
             "${maria_user[@]}" --skip-name-resolve --skip-log-bin \
             --innodb-buffer-pool-size=128M --innodb-log-file-size=48M \
             --innodb-flush-log-at-trx-commit=0 --character-set-server=utf8mb4 \
-            --collation-server=utf8mb4_general_ci </dev/null >/dev/null 2>&1 &
+            --collation-server=utf8mb4_general_ci --lower-case-table-names=1 </dev/null >/dev/null 2>&1 &
         maria_pid=$!
         for ((i = 0; i < 600; i++)); do
             maria_admin ping >/dev/null 2>&1 && break

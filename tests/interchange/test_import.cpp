@@ -2,9 +2,11 @@
 // the error policies and their counts and messages, and the batched writing checked
 // against writing one row at a time.
 
+#include "assets/resulttablemodel.h"
 #include "core/dateformat.h"
 #include "core/log.h"
 #include "interchange/delimited.h"
+#include "interchange/export.h"
 #include "interchange/importer.h"
 #include "support/queryrows.h"
 #include "support/testsupport.h"
@@ -404,6 +406,55 @@ private Q_SLOTS:
             QCOMPARE(batched.log, reference.log);
             QCOMPARE(batched.rows, reference.rows);
         }
+    }
+
+    // What the export writes, the import reads back whole, in the user's own formats: this
+    // function runs again under a German and a British locale (see CMakeLists.txt).
+    void roundTrip_data() { testsupport::AddDatabaseRows(); }
+
+    void roundTrip() {
+        QFETCH(TestDatabase, database);
+        QUILLET_REQUIRE_DATABASE(database);
+        core::ApplyDateFormat(QString());
+        db::odbc::Connection connection;
+        connection.open(database.connectionString());
+        createSchema(connection, database);
+        connection.execute(QStringLiteral(
+            "INSERT INTO ASSETS (ASSETTYPE, INFO, ASSETID, NODENAME, FKNODES, PURCHDATE, "
+            "ITEMVALUE, QTY) VALUES ('Server', 'Zürich ✓ 東京', 'A1', 'alpha', 7, '2017-02-27', "
+            "11890.75, 2), ('PC', NULL, 'A2', NULL, NULL, '1999-12-31', 0.1, 1), "
+            "('PC', 'x', 'A3', NULL, NULL, NULL, -1234567.5, 0)"));
+        const QString assetsSql = QStringLiteral("select %1 from ASSETS").arg(AssetColumns);
+        const QString typesSql = QStringLiteral("select ASSETTYPE, NODEREQUIRED from ASSETTYPES");
+        const QString assets = sortedRows(testsupport::RowsText(connection, assetsSql));
+        const QString types = sortedRows(testsupport::RowsText(connection, typesSql));
+        const QString assetFile = m_dir.filePath(QStringLiteral("roundtrip.txt"));
+        const QString typeFile = m_dir.filePath(QStringLiteral("roundtrip.aty"));
+        Recorder recorder;
+        {
+            db::odbc::Statement query(connection);
+            query.executeDirect(QStringLiteral("select * from ASSETS"));
+            assets::ResultTableModel grid;
+            grid.open(std::move(query));
+            interchange::ExportAssets(connection, assetFile, QStringLiteral(";"), nullptr, true,
+                                      &grid, {}, recorder);
+        }
+        interchange::ExportAssetTypes(connection, typeFile, QStringLiteral(";"), nullptr, recorder);
+        connection.execute(QStringLiteral("DELETE FROM ASSETS"));
+        connection.execute(QStringLiteral("DELETE FROM ASSETTYPES"));
+        interchange::ImportAssets(connection, settingsFor(assetFile), recorder);
+        ImportSettings typeSettings = settingsFor(typeFile);
+        typeSettings.TypesMode = true;
+        interchange::ImportAssetTypes(connection, typeSettings, recorder, true);
+        QCOMPARE(recorder.boxes,
+                 (QStringList{"Export Result: 3 record(s) have been exported.",
+                              "Export Result: 4 asset type record(s) exported.",
+                              "Import Results: 3 row(s) imported, 0 error(s) occurred.",
+                              "Asset Types Import Results: 4 asset type(s) imported, 0 error(s) "
+                              "occurred."}));
+        QCOMPARE(sortedRows(testsupport::RowsText(connection, assetsSql)), assets);
+        QCOMPARE(sortedRows(testsupport::RowsText(connection, typesSql)), types);
+        core::ApplyDateFormat(QStringLiteral("dd.mm.yyyy"), QLocale(QLocale::English));
     }
 
     void cleanupTestCase() {
