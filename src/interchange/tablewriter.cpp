@@ -53,6 +53,13 @@ TableWriter::Shape TableWriter::shapeOf(const ImportRow& row) const {
     return shape;
 }
 
+bool TableWriter::hasShape(const ImportRow& row, const Shape& shape) const {
+    for (size_t field = 0; field < m_fields.size(); ++field)
+        if ((row[field] || !m_hasDefault[field]) != (shape[field] == '1'))
+            return false;
+    return true;
+}
+
 size_t TableWriter::rowsPerStatement(const Shape& shape) const {
     const size_t columns = size_t(std::count(shape.begin(), shape.end(), '1'));
     if (columns == 0)
