@@ -55,6 +55,44 @@ QByteArray timeFromText(const QString& text) {
     return time->toString(QStringLiteral("hh:mm:ss")).toLatin1();
 }
 
+// A date as the database writes it, yyyy-mm-dd; a year outside 1 to 9999 as Qt writes it.
+QByteArray storedDate(QDate date) {
+    if (date.year() < 1 || date.year() > 9999)
+        return date.toString(Qt::ISODate).toLatin1();
+    QByteArray text("0000-00-00");
+    auto put = [&](int value, qsizetype end) {
+        for (qsizetype at = end - 1; value > 0; --at, value /= 10)
+            text[at] = char('0' + value % 10);
+    };
+    put(date.year(), 4);
+    put(date.month(), 7);
+    put(date.day(), 10);
+    return text;
+}
+
+int digitsValue(const char* digits, int count) {
+    int value = 0;
+    for (int i = 0; i < count; ++i) {
+        if (digits[i] < '0' || digits[i] > '9')
+            return -1;
+        value = value * 10 + (digits[i] - '0');
+    }
+    return value;
+}
+
+// The date of a stored value that begins yyyy-mm-dd; read by the toolkit where it does not.
+QDate dateOfStored(const QByteArray& stored) {
+    const char* text = stored.constData();
+    if (stored.size() >= 10 && text[4] == '-' && text[7] == '-') {
+        const int year = digitsValue(text, 4);
+        const int month = digitsValue(text + 5, 2);
+        const int day = digitsValue(text + 8, 2);
+        if (year > 0 && month >= 0 && day >= 0 && QDate::isValid(year, month, day))
+            return QDate(year, month, day);
+    }
+    return QDate::fromString(QString::fromLatin1(stored.left(10)), Qt::ISODate);
+}
+
 QDateTime storedDateTime(const QByteArray& stored) {
     return QDateTime::fromString(QString::fromLatin1(stored.left(19)),
                                  QStringLiteral("yyyy-MM-dd HH:mm:ss"));
@@ -63,14 +101,19 @@ QDateTime storedDateTime(const QByteArray& stored) {
 } // namespace
 
 QByteArray StoredFromText(const db::odbc::ColumnInfo& field, const QString& text) {
+    return StoredFromText(field, text, core::NumberReader(QLocale::system()));
+}
+
+QByteArray StoredFromText(const db::odbc::ColumnInfo& field, const QString& text,
+                          const core::NumberReader& numbers) {
     switch (field.kind()) {
     case Kind::Integer:
-        return QByteArray::number(core::StrToInt64(text));
+        return QByteArray::number(numbers.toInt64(text));
     case Kind::Decimal:
     case Kind::Float:
-        return QByteArray::number(core::StrToFloat(text), 'g', QLocale::FloatingPointShortest);
+        return QByteArray::number(numbers.toFloat(text), 'g', QLocale::FloatingPointShortest);
     case Kind::Date:
-        return core::StrToDate(text).toString(Qt::ISODate).toLatin1();
+        return storedDate(core::StrToDate(text));
     case Kind::DateTime:
         return dateTimeFromText(text);
     case Kind::Time:
@@ -302,8 +345,7 @@ void BindStoredValue(db::odbc::Statement& statement, int parameter, Kind kind,
         statement.bindDouble(parameter, value->toDouble());
         return;
     case Kind::Date:
-        statement.bindDate(parameter,
-                           QDate::fromString(QString::fromLatin1(value->left(10)), Qt::ISODate));
+        statement.bindDate(parameter, dateOfStored(*value));
         return;
     case Kind::DateTime:
         statement.bindTimestamp(parameter, storedDateTime(*value));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/conversions.h"
 #include "db/odbc/odbc.h"
 
 #include <QString>
@@ -116,10 +117,13 @@ private:
 // yyyy-mm-dd hh:mm:ss (a date alone is midnight), times hh:mm:ss. Throws
 // core::ConversionError for text that does not convert.
 QByteArray StoredFromText(const db::odbc::ColumnInfo& field, const QString& text);
+// The same with numbers read by `numbers`, for converting many values.
+QByteArray StoredFromText(const db::odbc::ColumnInfo& field, const QString& text,
+                          const core::NumberReader& numbers);
 
 // Binds a value held as the database writes it (see StoredFromText) as a parameter of the
 // field's kind: numbers as numbers, dates as dates; NULL for nullopt.
-void BindStoredValue(db::odbc::Statement& statement, int parameter,
-                     db::odbc::ColumnInfo::Kind kind, const std::optional<QByteArray>& value);
+void BindStoredValue(db::odbc::Statement& statement, int parameter, db::odbc::ColumnInfo::Kind kind,
+                     const std::optional<QByteArray>& value);
 
 } // namespace assets

@@ -3,6 +3,7 @@
 #include "translation/translate.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <iterator>
 #include <limits>
@@ -137,6 +138,63 @@ double StrToFloat(const QString& text, const QLocale& locale) {
 
 double StrToFloat(const QString& text) {
     return StrToFloat(text, QLocale::system());
+}
+
+namespace {
+
+// Digits, with a minus sign before and a decimal point between them where allowed: the
+// numbers every locale with ASCII digits, sign and point reads the same. A leading zero
+// and long numbers are left to the locale.
+bool isPlainNumber(QStringView text, bool decimals) {
+    constexpr qsizetype MaxPlainLength = 17;
+    if (text.startsWith(u'-'))
+        text = text.sliced(1);
+    if (text.isEmpty() || text.size() > MaxPlainLength ||
+        (text[0] == u'0' && text.size() > 1 && text[1] != u'.'))
+        return false;
+    bool point = false;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (c >= u'0' && c <= u'9')
+            continue;
+        if (c != u'.' || !decimals || point || i == 0 || i + 1 == text.size())
+            return false;
+        point = true;
+    }
+    return true;
+}
+
+template <typename Number> std::optional<Number> plainNumber(QStringView text) {
+    char ascii[24];
+    for (qsizetype i = 0; i < text.size(); ++i)
+        ascii[i] = char(text[i].unicode());
+    Number value{};
+    const auto [end, error] = std::from_chars(ascii, ascii + text.size(), value);
+    if (error != std::errc() || end != ascii + text.size() || (value == 0 && ascii[0] == '-'))
+        return std::nullopt;
+    return value;
+}
+
+} // namespace
+
+NumberReader::NumberReader(const QLocale& locale) : m_locale(locale) {
+    m_asciiIntegers =
+        locale.zeroDigit() == QLatin1String("0") && locale.negativeSign() == QLatin1String("-");
+    m_asciiDecimals = m_asciiIntegers && locale.decimalPoint() == QLatin1String(".");
+}
+
+qint64 NumberReader::toInt64(const QString& text) const {
+    if (m_asciiIntegers && isPlainNumber(text, false))
+        if (const std::optional<qint64> value = plainNumber<qint64>(text))
+            return *value;
+    return StrToInt64(text, m_locale);
+}
+
+double NumberReader::toFloat(const QString& text) const {
+    if (m_asciiDecimals && isPlainNumber(text, true))
+        if (const std::optional<double> value = plainNumber<double>(text))
+            return *value;
+    return StrToFloat(text, m_locale);
 }
 
 } // namespace core

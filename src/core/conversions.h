@@ -35,4 +35,20 @@ std::optional<double> TryStrToFloat(const QString& text, const QLocale& locale);
 double StrToFloat(const QString& text, const QLocale& locale);
 double StrToFloat(const QString& text);
 
+// Reads numbers as StrToInt64 and StrToFloat do in one locale, with that locale's forms
+// looked up once: for reading many numbers.
+class NumberReader {
+public:
+    explicit NumberReader(const QLocale& locale);
+    qint64 toInt64(const QString& text) const;
+    double toFloat(const QString& text) const;
+
+private:
+    QLocale m_locale;
+    // Whether the locale writes digits, minus sign and decimal point as ASCII does: plain
+    // numbers then read without the locale.
+    bool m_asciiIntegers = false;
+    bool m_asciiDecimals = false;
+};
+
 } // namespace core

@@ -92,6 +92,8 @@ private:
     int m_nodeColumn = -1;
     // Upper-cased: the types that require a node, or (asset types) the types there are.
     QSet<QString> m_typeList;
+    // Numbers are read in the user's locale.
+    const core::NumberReader m_numbers{QLocale::system()};
     std::unique_ptr<TableWriter> m_writer;
     std::vector<int> m_columnMap;
     int m_nodeField = -1;
@@ -100,6 +102,8 @@ private:
     std::unique_ptr<db::odbc::Statement> m_lookup;
 
     Line m_line;
+    // The values of the line, kept to reuse their room.
+    QStringList m_values;
     Counters m_counters;
     // Appended, not posted yet.
     std::optional<ImportRow> m_pending;
@@ -269,10 +273,9 @@ bool Import::processLine() {
         if (m_line.tooLong)
             throw std::runtime_error(
                 Translate(QStringLiteral("A line is longer than 65534 characters.")).toStdString());
-        QStringList values;
-        SplitDelimited(m_line.text, m_settings.Delimiter, values);
-        if (!values.isEmpty())
-            importRow(values);
+        SplitDelimited(m_line.text, m_settings.Delimiter, m_values);
+        if (!m_values.isEmpty())
+            importRow(m_values);
     } catch (const std::exception& error) {
         if (m_connection.isDead())
             throw;
@@ -323,7 +326,8 @@ void Import::importRow(const QStringList& values) {
         }
         const int field = m_columnMap[size_t(position)];
         if (field >= 0 && !valueAt(values, position).isEmpty())
-            row[size_t(field)] = assets::StoredFromText(fields[size_t(field)], values[position]);
+            row[size_t(field)] =
+                assets::StoredFromText(fields[size_t(field)], values[position], m_numbers);
     }
     if (nodeRequired && m_nodeField >= 0)
         lookUpNode(row);
@@ -392,15 +396,14 @@ void Import::post(ImportRow&& row) {
         return;
     }
     // A batch is one statement: rows of one shape.
-    TableWriter::Shape shape = m_writer->shapeOf(row);
-    if (!m_batch.empty() && shape != m_batchShape)
+    if (!m_batch.empty() && !m_writer->hasShape(row, m_batchShape))
         flush();
     if (m_batch.empty()) {
         m_batchCounters = m_counters;
         m_batchFirstRow = row;
         m_batchLines.assign(1, m_line);
-        m_batchCapacity = m_writer->rowsPerStatement(shape);
-        m_batchShape = std::move(shape);
+        m_batchShape = m_writer->shapeOf(row);
+        m_batchCapacity = m_writer->rowsPerStatement(m_batchShape);
     }
     m_batch.push_back(std::move(row));
     if (m_batch.size() >= m_batchCapacity)

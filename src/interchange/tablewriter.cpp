@@ -31,12 +31,12 @@ TableWriter::TableWriter(db::odbc::Connection& connection, const QString& table,
     try {
         // Catalogs match names as the database keeps them: the table may be stored in
         // lower case.
-        const QStringList withDefaults = connection.columnsWithDefaults(table);
-        const QStringList defaults =
-            withDefaults.isEmpty() ? connection.columnsWithDefaults(table.toLower()) : withDefaults;
-        if (!defaults.isEmpty())
+        std::optional<QStringList> defaults = connection.columnsWithDefaults(table);
+        if (!defaults)
+            defaults = connection.columnsWithDefaults(table.toLower());
+        if (defaults)
             for (size_t field = 0; field < m_fields.size(); ++field)
-                m_hasDefault[field] = defaults.contains(m_fields[field].name, Qt::CaseInsensitive);
+                m_hasDefault[field] = defaults->contains(m_fields[field].name, Qt::CaseInsensitive);
     } catch (const std::exception&) {
     }
 }
@@ -51,6 +51,13 @@ TableWriter::Shape TableWriter::shapeOf(const ImportRow& row) const {
         if (row[field] || !m_hasDefault[field])
             shape[field] = '1';
     return shape;
+}
+
+bool TableWriter::hasShape(const ImportRow& row, const Shape& shape) const {
+    for (size_t field = 0; field < m_fields.size(); ++field)
+        if ((row[field] || !m_hasDefault[field]) != (shape[field] == '1'))
+            return false;
+    return true;
 }
 
 size_t TableWriter::rowsPerStatement(const Shape& shape) const {

@@ -37,6 +37,7 @@ public:
     ImportRow emptyRow() const { return ImportRow(m_fields.size()); }
 
     Shape shapeOf(const ImportRow& row) const;
+    bool hasShape(const ImportRow& row, const Shape& shape) const;
     // How many rows of the shape one statement takes.
     size_t rowsPerStatement(const Shape& shape) const;
     // Writes rows of one shape, at most rowsPerStatement(shape), with one statement; a

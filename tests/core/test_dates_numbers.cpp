@@ -35,6 +35,8 @@ private Q_SLOTS:
         integer("smallest int", "en_US", "-2147483648", -2147483648LL);
         integer("beyond int, within 64 bits", "en_US", "2147483648", 2147483648LL);
         integer("below int, within 64 bits", "en_US", "-2147483649", -2147483649LL);
+        integer("17 digits", "en_US", "-12345678901234567", -12345678901234567LL);
+        integer("beyond 64 bits", "en_US", "9223372036854775808", none);
         integer("group separator", "en_US", "1,000", none);
         integer("group separator de", "de_DE", "1.000", none);
         integer("decimals", "en_US", "1.5", none);
@@ -47,6 +49,7 @@ private Q_SLOTS:
         integer("Persian minus", "fa_IR", QStringLiteral("\u200E\u2212\u06F1\u06F2"), -12LL);
         integer("Hebrew minus", "he_IL", QStringLiteral("\u200E-7"), -7LL);
         floating("en_US point", "en_US", "1.5", 1.5);
+        floating("en_US zero point", "en_US", "0.125", 0.125);
         floating("de_DE comma", "de_DE", "1,5", 1.5);
         floating("fr_FR comma, negative", "fr_FR", "-0,25", -0.25);
         floating("exponent", "en_US", "1e3", 1000.0);
@@ -83,23 +86,31 @@ private Q_SLOTS:
             }
             return false;
         };
+        // A reader of many numbers reads each as the single conversions do.
+        const core::NumberReader reader(qlocale);
         if (!integer) {
             const std::optional<double> value =
                 expected.isValid() ? std::optional(expected.toDouble()) : std::nullopt;
             QCOMPARE(core::TryStrToFloat(text, qlocale), value);
-            if (value)
+            if (value) {
                 QCOMPARE(core::StrToFloat(text, qlocale), *value);
-            else
+                QCOMPARE(reader.toFloat(text), *value);
+            } else {
                 QVERIFY(refused([&] { core::StrToFloat(text, qlocale); }));
+                QVERIFY(refused([&] { reader.toFloat(text); }));
+            }
             return;
         }
         const std::optional<qint64> value =
             expected.isValid() ? std::optional(expected.toLongLong()) : std::nullopt;
         QCOMPARE(core::TryStrToInt64(text, qlocale), value);
-        if (value)
+        if (value) {
             QCOMPARE(core::StrToInt64(text, qlocale), *value);
-        else
+            QCOMPARE(reader.toInt64(text), *value);
+        } else {
             QVERIFY(refused([&] { core::StrToInt64(text, qlocale); }));
+            QVERIFY(refused([&] { reader.toInt64(text); }));
+        }
         if (value && *value == int(*value))
             QCOMPARE(core::StrToInt(text, qlocale), int(*value));
         else

@@ -655,7 +655,7 @@ QStringList Connection::tableNames() const {
     return names;
 }
 
-QStringList Connection::columnsWithDefaults(const QString& table) const {
+std::optional<QStringList> Connection::columnsWithDefaults(const QString& table) const {
     const ConnectionState& state = openState(m_state, "SQLColumns");
     Handle<SQL_HANDLE_STMT> statement(state.handle(), SQL_HANDLE_DBC,
                                       "SQLAllocHandle(SQL_HANDLE_STMT)");
@@ -676,9 +676,21 @@ QStringList Connection::columnsWithDefaults(const QString& table) const {
                      SQLLEN(defaultValue.size() * sizeof(SQLWCHAR)), &defaultIndicator),
           SQL_HANDLE_STMT, handle, "SQLBindCol");
     QStringList names;
-    while (check(SQLFetch(handle), SQL_HANDLE_STMT, handle, "SQLFetch") != SQL_NO_DATA)
-        if (nameIndicator != SQL_NULL_DATA && defaultIndicator != SQL_NULL_DATA)
-            names << boundName(name, nameIndicator);
+    bool listed = false;
+    while (check(SQLFetch(handle), SQL_HANDLE_STMT, handle, "SQLFetch") != SQL_NO_DATA) {
+        listed = true;
+        if (nameIndicator == SQL_NULL_DATA || defaultIndicator == SQL_NULL_DATA)
+            continue;
+        // A default of NULL (the unquoted word) is what leaving the column out gives anyway;
+        // some drivers report it for every column without a default.
+        if (boundName(defaultValue, defaultIndicator)
+                .trimmed()
+                .compare(QLatin1String("NULL"), Qt::CaseInsensitive) == 0)
+            continue;
+        names << boundName(name, nameIndicator);
+    }
+    if (!listed)
+        return std::nullopt;
     return names;
 }
 

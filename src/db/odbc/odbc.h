@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <vector>
 
@@ -122,8 +123,9 @@ public:
 
     // Names of the user's tables (type TABLE; no system tables).
     QStringList tableNames() const;
-    // Names of the table's columns that have a default value, as the catalog tells them.
-    QStringList columnsWithDefaults(const QString& table) const;
+    // Names of the table's columns that have a default value other than NULL, as the
+    // catalog tells them; nullopt when the catalog lists no column of that table.
+    std::optional<QStringList> columnsWithDefaults(const QString& table) const;
 
     std::shared_ptr<ConnectionState> state() const { return m_state; }
 
