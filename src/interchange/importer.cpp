@@ -455,6 +455,12 @@ void Import::finishTransaction() {
     if (!m_startedTransaction || !m_connection.inTransaction())
         return;
     try {
+        // A server that went away took the open transaction with it, whatever a commit
+        // through the lost connection answers.
+        if (m_connection.isDead())
+            throw std::runtime_error(
+                Translate(QStringLiteral("the connection to the database was lost."))
+                    .toStdString());
         m_connection.commit();
     } catch (const std::exception& error) {
         // Nothing of this import reached the database: the count must not say otherwise.
